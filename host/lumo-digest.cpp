@@ -1,0 +1,102 @@
+// lumo-digest: drives a plug-in through many states of every input and prints one hash for each kind of result. Two
+// builds that compute the same bits print the same lines.
+
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <string>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <host/Plugin.hpp>
+#include <host/State.hpp>
+#include <host/program.hpp>
+#include <host/toFloats.hpp>
+
+namespace {
+
+/// FNV-1a over the bits of floats, so that it tells 0 from -0.
+class Hash {
+ public:
+  void add(const float* values, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      std::uint32_t bits;
+      std::memcpy(&bits, values + i, sizeof bits);
+      for (int byte = 0; byte < 4; ++byte, bits >>= 8U) value_ = (value_ ^ (bits & 0xffU)) * 0x100000001b3U;
+    }
+  }
+  template <class HostValue>
+  void add(const HostValue& value) {
+    const auto values = lumo::toFloats(value);
+    add(values.data(), values.size());
+  }
+  std::uint64_t value() const { return value_; }
+
+ private:
+  std::uint64_t value_ = 0xcbf29ce484222325U;
+};
+
+std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states) {
+  Hash root, poses, posesInRoot, coms, comsOfBodies, jacobian, mass, partialComs, partialJacobians, torques;
+  Eigen::Matrix<float, 3, Eigen::Dynamic> J;
+  const std::size_t bodies = robot.getNbBodies();
+  for (std::uint64_t seed = 0; seed < states; ++seed) {
+    const lumo::State state(seed);
+    state.set(robot);
+    state.setWrenches(robot);
+    root.add(robot.getRootPose());
+
+    robot.computeFwdKinematics();
+    coms.add(robot.getComPosition());
+    coms.add(robot.getComPositionInRoot());
+    jacobian.add(robot.getJacobianInRoot().data(), 6 * 21);
+    robot.computeGeneralizedMass();
+    mass.add(robot.getGeneralizedMass().data(), 21 * 21);
+    for (std::size_t b = 0; b < bodies; ++b) {
+      poses.add(robot.getPose(b));
+      posesInRoot.add(robot.getPoseInRoot(b));
+      comsOfBodies.add(robot.getComPosition(b));
+      partialComs.add(robot.computePartialComPositionInRoot(b));
+      robot.computePartialComJacobian(b, J);
+      partialJacobians.add(J.data(), 3 * 21);
+    }
+    robot.computeInverseDynamics();
+    torques.add(robot.getJointAnglesTorque().begin(), robot.getNbJointAngles());
+  }
+
+  std::string text;
+  const auto line = [&text](const char* kind, const Hash& hash) {
+    text += fmt::format("{:24} {:016x}\n", kind, hash.value());
+  };
+  line("root pose", root);
+  line("poses", poses);
+  line("poses in root", posesInRoot);
+  line("centres of mass", coms);
+  line("bodies' centres of mass", comsOfBodies);
+  line("Jacobian", jacobian);
+  line("mass matrix", mass);
+  line("partial centres of mass", partialComs);
+  line("partial com Jacobians", partialJacobians);
+  line("torques", torques);
+  return text;
+}
+
+void run(int argc, char** argv) {
+  CLI::App app{"Prints a hash of every kind of result over many states, to compare builds bit for bit.", "lumo-digest"};
+  std::filesystem::path file = lumo::ownPlugin();
+  std::uint64_t states = 2000;
+  app.add_option("--plugin", file, "The plug-in to load, by default ../lib/lumo/norvaX3.so beside this program")
+      ->type_name("FILE");
+  app.add_option("--states", states, "How many states")->capture_default_str();
+  if (!lumo::parse(app, argc, argv)) return;
+
+  const auto robot = lumo::Plugin(file).create();
+  lumo::write(digest(*robot, states));
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return lumo::runProgram("lumo-digest", [&] { run(argc, argv); });
+}

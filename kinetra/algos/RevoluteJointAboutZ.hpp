@@ -1,0 +1,36 @@
+#pragma once
+
+#include <kinetra/spatial/ConstraintMotionAboutZ.hpp>
+#include <kinetra/spatial/Transform.hpp>
+
+namespace kinetra {
+
+/// A revolute joint about the z axis of its own frame; which way that axis points in the robot is up to the node's
+/// placement Xt. Featherstone 2008, section 4.4.
+struct RevoluteJointAboutZ {
+  static constexpr int dof_number = Spatial::ConstraintMotionAboutZ::dof_number;
+
+  Spatial::TransformT<Spatial::RotationMatrixAboutZ> Xj;  ///< parent-side frame to child-side frame
+  Spatial::Motion cj = Spatial::Motion::zero();           ///< velocity-product acceleration: none
+  Spatial::Motion vj = Spatial::Motion::zero();           ///< S dq; only the angular part is ever written
+  Spatial::ConstraintMotionAboutZ S;
+  Spatial::Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
+
+  /// Xj from the position (rad), vj from the velocity (rad/s).
+  void jcalc(float q, float dq) {
+    jcalc_pos(q);
+    vj.angular() = Eigen::Vector3f(0.0F, 0.0F, dq);
+  }
+
+  /// Xj from the position alone.
+  void jcalc_pos(float q) { Xj = {Spatial::RotationMatrixAboutZ(q), Spatial::Vec3(0.0F, 0.0F, 0.0F)}; }
+
+  /// Xj Xt, for the node's placement Xt: the joint does not translate, so only the rotations are multiplied.
+  template <typename Rotation>
+  [[gnu::always_inline]] auto placed(const Spatial::TransformT<Rotation>& Xt) const {
+    const auto E = Xj.E * Xt.E;
+    return Spatial::TransformT<std::decay_t<decltype(E)>>(E, Xt.r);
+  }
+};
+
+}  // namespace kinetra

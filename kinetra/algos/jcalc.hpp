@@ -1,0 +1,52 @@
+#pragma once
+
+#include <kinetra/depth_first_traversal.hpp>
+#include <kinetra/node_list.hpp>
+
+// The joint passes: every node on its own, so any order gives the same results.
+//
+// Reads q (and dq) of the node and its placement Xt. Writes joint.Xj and sXp; JcalcVisitor also joint.vj.
+//   discover: 1. the joint's own step   2. sXp = Xj Xt
+// Featherstone 2008, section 4.4.
+
+namespace kinetra::internal {
+
+/// The entries of a joint-space vector that belong to a node: a number for one coordinate, a column for more.
+template <typename Node, typename Vector>
+auto coordinates(const Vector& v) {
+  if constexpr (Node::dof_number == 1) {
+    return v[Node::dof_index];
+  } else {
+    return v.template segment<Node::dof_number>(Node::dof_index).eval();
+  }
+}
+
+/// Positions and velocities: run(robot, q, dq), each 21 x 1 (m, rad; m/s, rad/s).
+template <typename Robot, int i>
+struct JcalcVisitor {
+  template <typename Vector>
+  static void discover(Robot& robot, const Vector& q, const Vector& dq) {
+    using Node = node_t<Robot, i>;
+    auto& n = node<i>(robot);
+    n.joint.jcalc(coordinates<Node>(q), coordinates<Node>(dq));
+    n.sXp = n.joint.placed(Node::Xt);
+  }
+  template <typename Vector>
+  static void finish(Robot&, const Vector&, const Vector&) {}
+};
+
+/// Positions alone: run(robot, q). The same Xj and sXp to the bit; joint.vj is left as it was.
+template <typename Robot, int i>
+struct JcalcPosVisitor {
+  template <typename Vector>
+  static void discover(Robot& robot, const Vector& q) {
+    using Node = node_t<Robot, i>;
+    auto& n = node<i>(robot);
+    n.joint.jcalc_pos(coordinates<Node>(q));
+    n.sXp = n.joint.placed(Node::Xt);
+  }
+  template <typename Vector>
+  static void finish(Robot&, const Vector&) {}
+};
+
+}  // namespace kinetra::internal

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <kinetra/node_list.hpp>
+
+namespace kinetra::internal {
+
+/// The walk from node j to the root: Visitor<Robot, a, j>::discover(robot, args...) for each ancestor a, nearest first,
+/// with j the child of a on the way. Settled by the compiler for every pair, like the walk over the tree.
+template <template <typename, int, int> class Visitor, typename Robot, int j>
+struct backward_traversal {
+  template <typename... Args>
+  static void run(Robot& robot, Args&&... args) {
+    constexpr int a = node_t<Robot, j>::parent_id;
+    if constexpr (a >= 0) {
+      Visitor<Robot, a, j>::discover(robot, args...);
+      backward_traversal<Visitor, Robot, a>::run(robot, args...);
+    }
+  }
+};
+
+}  // namespace kinetra::internal

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <utility>
+
+#include <kinetra/node_list.hpp>
+
+namespace kinetra::internal {
+
+/// One step of the walk over a robot's tree: the subtree of node N.
+///
+/// A pass over the tree is a visitor with two hooks per node, both static:
+///   Visitor<Robot, N>::discover(robot, args...)   before the children of N: transforms, velocities, accelerations
+///   Visitor<Robot, N>::finish(robot, args...)     after them: composite inertias, transmitted forces
+/// The arguments reach every hook unchanged, by reference. Which node comes next is settled by the compiler, so a pass
+/// is straight-line code that knows each node's joint, parent, coordinates and kinds of rotation.
+template <template <typename, int> class Visitor, typename Robot, int N>
+struct depth_first_traversal_internal {
+  template <typename... Args>
+  static void run(Robot& robot, Args&&... args) {
+    Visitor<Robot, N>::discover(robot, args...);
+    visit(typename node_t<Robot, N>::children{}, robot, args...);
+    Visitor<Robot, N>::finish(robot, args...);
+  }
+
+ private:
+  template <int... Children, typename... Args>
+  static void visit(std::integer_sequence<int, Children...>, Robot& robot, Args&... args) {
+    (depth_first_traversal_internal<Visitor, Robot, Children>::run(robot, args...), ...);
+  }
+};
+
+/// The walk over the whole tree, from node 0. Nodes are discovered parent first, in the order of their ids, and
+/// finished children first.
+template <template <typename, int> class Visitor, typename Robot>
+struct depth_first_traversal {
+  template <typename... Args>
+  static void run(Robot& robot, Args&&... args) {
+    depth_first_traversal_internal<Visitor, Robot, 0>::run(robot, args...);
+  }
+};
+
+}  // namespace kinetra::internal

@@ -1,0 +1,13 @@
+#!/bin/bash
+# Builds the optimised plug-in and shows the robot in a pose.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+
+install_missing
+build release
+
+step="inspecting the robot"
+echo
+build/release/bin/lumo-inspect
+echo
+echo "The plug-in build/release/lib/lumo/norvaX3.so works."

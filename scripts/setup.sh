@@ -1,0 +1,37 @@
+# Sourced by the scripts beside it: prepares the machine and builds presets. Needs `set -euo pipefail`.
+
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+step="starting"
+trap '(( $? == 0 )) || echo "$(basename "$0") failed while $step." >&2' EXIT
+
+# Installs what the build needs and this Debian lacks. Asks for nothing when nothing is missing.
+install_missing() {
+  local packages=(g++ cmake ninja-build binutils libeigen3-dev libboost-dev libgtest-dev libfmt-dev libcli11-dev)
+  [[ ${CXX:-} != *clang* ]] || packages+=(clang libclang-rt-14-dev)
+
+  step="looking for installed packages"
+  local missing=() package
+  for package in "${packages[@]}"; do
+    dpkg-query --show --showformat='${Status}\n' "$package" 2>/dev/null | grep -q ' installed$' || missing+=("$package")
+  done
+  (( ${#missing[@]} )) || return 0
+
+  step="installing ${missing[*]}"
+  echo "Installing ${missing[*]}"
+  local as_root=()
+  (( EUID == 0 )) || as_root=(sudo)
+  "${as_root[@]}" apt-get update -qq
+  "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
+}
+
+# Configures and builds one preset. A build folder keeps its compiler unless CXX names another one.
+build() {
+  local preset=$1 fresh=() cache="build/$1/CMakeCache.txt"
+  if [[ -n ${CXX:-} && -f $cache ]] && ! grep -q "^CMAKE_CXX_COMPILER:[A-Z]*=$(command -v "$CXX")\$" "$cache"; then
+    fresh=(--fresh)
+  fi
+  step="configuring the preset $preset"
+  cmake --preset "$preset" "${fresh[@]}"
+  step="building the preset $preset"
+  cmake --build --preset "$preset"
+}

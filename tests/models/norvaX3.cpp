@@ -1,0 +1,74 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <new>
+#include <vector>
+
+#include <kinetra/depth_first_traversal.hpp>
+#include <tests/support/Scenario.hpp>
+#include <tests/support/WholeRobot.hpp>
+#include <tests/support/matchers.hpp>
+
+namespace {
+
+using namespace kinetra::internal;
+using kinetra::norvaX3;
+using Ids = std::vector<int>;
+
+template <typename Robot, int N>
+struct Record {
+  static void discover(Robot&, Ids& discovered, Ids&) { discovered.push_back(N); }
+  static void finish(Robot&, Ids&, Ids& finished) { finished.push_back(N); }
+};
+
+TEST(Traversal, DiscoversParentsFirstAndFinishesChildrenFirst) {
+  norvaX3 robot;
+  Ids discovered, finished;
+  depth_first_traversal<Record, norvaX3>::run(robot, discovered, finished);
+  EXPECT_EQ(discovered, (Ids{0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15}));
+  EXPECT_EQ(finished, (Ids{2, 1, 7, 6, 5, 4, 3, 10, 9, 8, 15, 14, 13, 12, 11, 0}));
+}
+
+bool isZero(const Eigen::MatrixXf& m) { return m.cwiseEqual(0.0F).all(); }
+
+TEST(Model, RecordStartsWithItsDefaults) {
+  alignas(norvaX3) static unsigned char memory[sizeof(norvaX3)];
+  void* (*volatile fill)(void*, int, std::size_t) = std::memset;  // nothing unset may look like zero
+  fill(memory, 0xff, sizeof memory);
+  forEachNode(*new (memory) norvaX3, [](auto& n) {
+    EXPECT_TRUE(isZero(n.sXp.E.matrix().row(0)) && isZero(n.joint.Xj.E.matrix().row(0)) &&
+                isZero(n.body.iX0.E.matrix()));
+    EXPECT_TRUE(isZero(Eigen::Matrix<float, 6, 1>(n.joint.cj)) && n.body.Iic.m == 0.0F);
+    EXPECT_TRUE(n.id == 0 || isZero(n.joint.vj.linear()));
+  });
+}
+
+TEST(Model, TablesAgreeWithEachOther) {
+  EXPECT_EQ(norvaX3::parents, (std::array<std::int32_t, 16>{-1, 0, 1, 0, 3, 4, 5, 6, 0, 8, 9, 0, 11, 12, 13, 14}));
+  float total = 0.0F;
+  for (const auto& [m, h, I] : norvaX3::inertias) {  // every body is nearly a point mass
+    total += m;
+    const Eigen::Matrix3f point = (h.squaredNorm() * Eigen::Matrix3f::Identity() - h * h.transpose()) / m;
+    const Eigen::Matrix<float, 6, 1> entries{point(0, 0), point(0, 1), point(1, 1),
+                                             point(0, 2), point(1, 2), point(2, 2)};
+    EXPECT_TRUE(near(I, entries.cast<double>(), 5e-6 * static_cast<double>(point.trace())));
+  }
+  EXPECT_EQ(total, 27.824242F);
+  EXPECT_EQ(norvaX3::body_names, norvaX3::joint_names);
+  EXPECT_EQ(norvaX3::Node10::joint_name, "KneePitch");
+}
+
+TEST(Model, AtZeroAnglesTheArmsAreMirrorImages) {
+  const oracle::WholeRobot robot{Scenario::Vector21::Zero()};
+  const Eigen::Vector3d mirror(1.0, -1.0, 1.0);
+  for (int left = 3; left < 8; ++left) {
+    const auto com = robot.bodyComInWorld(left).value;
+    EXPECT_TRUE(near(mirror.asDiagonal() * com, robot.bodyComInWorld(left + 8).value, 1e-8)) << left;
+    EXPECT_EQ("R" + norvaX3::joint_names.data()[left].substr(1), norvaX3::joint_names.data()[left + 8]);
+  }
+  EXPECT_TRUE(near(robot.poseInWorld(7).value.col(3), Eigen::Vector3d(0.272353, 0.164740, 0.110415), 1e-6));
+  EXPECT_TRUE(near(robot.poseInWorld(10).value.col(3), Eigen::Vector3d(0.00002, 0.0, -0.486), 1e-7));
+  EXPECT_TRUE(near(robot.firstMomentInRoot().value / 27.824242, Eigen::Vector3d(0.0096903, 0.0, -0.394897), 1e-6));
+}
+
+}  // namespace

@@ -1,0 +1,47 @@
+#include <tests/plugin/support.hpp>
+
+// The built files: the plug-in, the inspector, and the host's math library or its stand-in.
+
+namespace {
+
+using namespace lumo::test;
+
+/// What a command writes to standard output, and whether it succeeds.
+std::pair<std::string, bool> output(const std::string& command) {
+  std::FILE* pipe = popen(command.c_str(), "r");
+  std::string text;
+  for (int c = std::fgetc(pipe); c != EOF; c = std::fgetc(pipe)) text += static_cast<char>(c);
+  return {text, pclose(pipe) == 0};
+}
+
+TEST(Module, ExportsTwoFunctionsAndIsHardened) {
+  EXPECT_EQ(output(LUMO_NM " -D --defined-only -j " LUMO_PLUGIN " | sort").first, "create\ndestroy\n");
+  const std::string elf = output(LUMO_READELF " -W -d -l " LUMO_PLUGIN).first;
+  for (const char* part : {"BIND_NOW", "GNU_RELRO", "GNU_STACK"}) EXPECT_NE(elf.find(part), std::string::npos) << part;
+  EXPECT_EQ(elf.find("RWE"), std::string::npos) << "memory both writable and executable";
+}
+
+TEST(Inspector, PrintsEveryBodyOrOneLineOfError) {
+  const auto [table, success] = output(LUMO_INSPECT);
+  EXPECT_TRUE(success && table.find("27.824") != std::string::npos) << table;
+  const auto system = plugin().create();
+  for (std::size_t b = 0; b < nb_bodies; ++b) EXPECT_NE(table.find(system->getBodyName(b)), std::string::npos) << b;
+  for (const std::string how : {"--plugin no/such.so 2>&1 >/dev/null", "--plugin " OXMATH_LIBRARY " 2>&1 >/dev/null",
+                                "--bogus 2>&1 >/dev/null", "2>&1 >/dev/full"}) {
+    const auto [error, accepted] = output(LUMO_INSPECT " " + how);
+    EXPECT_FALSE(accepted) << how;
+    EXPECT_EQ(error.find('\n'), error.size() - 1) << error;
+  }
+}
+
+// Elsewhere the six values show in every world pose. Here the axes of roll and yaw are in line, and the angles not
+// unique.
+TEST(OxMath, PoseSurvivesGimbalLock) {
+  for (const float pitch : {1.57079633F, -1.57079633F, 1.57F}) {
+    const auto locked = pose((Eigen::ArrayXf(6) << 1, 2, 3, 0.5F, pitch, -2).finished());
+    const auto again = OX::Math::transformFromPosition6D(OX::Math::position6DFromTransform(locked));
+    EXPECT_TRUE(near(vector(again), vector(locked), 2 * epsilon)) << pitch;
+  }
+}
+
+}  // namespace

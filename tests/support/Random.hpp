@@ -1,0 +1,30 @@
+#pragma once
+
+#include <random>
+
+#include <Eigen/Geometry>
+
+#include <kinetra/spatial/Inertia.hpp>
+
+/// Generic inputs: no two entries equal, none zero. Put the seed into a SCOPED_TRACE.
+class Random {
+ public:
+  explicit Random(unsigned seed) : engine_(seed) {}
+
+  template <int rows, int columns = 1>
+  Eigen::Matrix<float, rows, columns> matrix(float size = 1.0F) {
+    std::uniform_real_distribution<float> number(-size, size);
+    return Eigen::Matrix<float, rows, columns>::NullaryExpr([&] { return number(engine_); });
+  }
+  Eigen::Matrix3f rotation() {
+    const Eigen::Vector4d q = matrix<4>().cast<double>().normalized();
+    return Eigen::Quaterniond(q).toRotationMatrix().cast<float>();
+  }
+  /// Ten numbers; no rigid body need have them.
+  kinetra::Spatial::Inertia inertia(float size = 1.0F) {
+    return {1.0F + 0.5F * matrix<1>()[0], matrix<3>(size).eval(), matrix<6>(size)};
+  }
+
+ private:
+  std::mt19937 engine_;
+};

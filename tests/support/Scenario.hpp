@@ -1,0 +1,52 @@
+#pragma once
+
+#include <limits>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include <models/norvaX3/norvaX3.hpp>
+#include <tests/support/Random.hpp>
+
+constexpr float nan_f = std::numeric_limits<float>::quiet_NaN();
+
+/// f(node) for every node of a robot, in the order of ids.
+template <typename F, int... i>
+void forEachNode(kinetra::norvaX3& robot, F f, std::integer_sequence<int, i...>) {
+  (f(kinetra::node<i>(robot)), ...);
+}
+template <typename F>
+void forEachNode(kinetra::norvaX3& robot, F f) {
+  forEachNode(robot, f, std::make_integer_sequence<int, 16>{});
+}
+
+/// Sets what the passes over the tree write, all but joint transforms and velocities, to NaN.
+inline void spoil(kinetra::norvaX3& robot) {
+  forEachNode(robot, [](auto& n) {
+    const Eigen::Matrix<float, 6, 1> nans = Eigen::Matrix<float, 6, 1>::Constant(nan_f);
+    n.F.setConstant(nan_f);
+    n.body.vi = n.body.ai = kinetra::Spatial::Motion(nans);
+    n.joint.f = kinetra::Spatial::Force(nans);
+    n.body.Iic = kinetra::Spatial::Inertia(nan_f, nans.head<3>().eval(), nans);
+  });
+}
+
+/// A generic state of motion. For odd seeds, bodies of generic inertia replace the robot's own, in which many entries
+/// are zero, for as long as the scenario lives. A failure tells the seed.
+struct Scenario {
+  using Vector21 = Eigen::Matrix<float, 21, 1>;
+
+  explicit Scenario(unsigned seed) : trace(__FILE__, __LINE__, "seed " + std::to_string(seed)), random(seed) {
+    for (std::size_t i = 0; i < 16; ++i) {
+      fext[i] = kinetra::Spatial::Force(random.matrix<6>(5.0F));
+      kinetra::norvaX3::inertias[i] = seed % 2 != 0 ? random.inertia(0.3F) : own[i];
+    }
+  }
+  ~Scenario() { kinetra::norvaX3::inertias = own; }
+
+  const decltype(kinetra::norvaX3::inertias) own = kinetra::norvaX3::inertias;
+  const testing::ScopedTrace trace;
+  Random random;
+  const Vector21 q = random.matrix<21>(3.1F), dq = random.matrix<21>(2.0F), ddq = random.matrix<21>(4.0F);
+  std::array<kinetra::Spatial::Force, 16> fext;
+};
