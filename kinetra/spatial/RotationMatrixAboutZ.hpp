@@ -12,10 +12,11 @@ struct SinCos {
   float c;
 
   explicit SinCos(float angle) {
-    double result[3];  // not side by side: one load of both would have to wait for the two stores
-    ::sincos(static_cast<double>(angle), &result[0], &result[2]);
-    s = static_cast<float>(result[0]);
-    c = static_cast<float>(result[2]);
+    double sine;
+    double cosine;
+    ::sincos(static_cast<double>(angle), &sine, &cosine);
+    s = static_cast<float>(sine);
+    c = static_cast<float>(cosine);
   }
 };
 

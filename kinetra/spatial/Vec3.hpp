@@ -61,7 +61,7 @@ class Vec3 {
   static Vec3 load(const float* p) { return Vec3(shuffle<0, 1, 4, 5>(loadPair(p), Lanes{p[2], 0.0F, 0.0F, 0.0F})); }
   void store(float* p) const {
     storePair(lanes_, p);
-    p[2] = lanes_[2];
+    p[2] = shuffle<2, 2, 2, 2>(lanes_)[0];
   }
 
   Lanes lanes() const { return lanes_; }

@@ -25,13 +25,13 @@ using namespace lumo::test;
 
 template <class Call>
 std::size_t allocationsIn(const Call& call) {
-  const std::size_t before = allocations;
+  const Size before = allocations;
   call();
   return allocations - before;
 }
 
 TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
-  const auto object = plugin().create();
+  const auto object = create();
   const State x(40);
   const std::string name = "RShoulderPitch";
   Jacobian J(3, 21);
@@ -43,7 +43,7 @@ TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
   };
   const auto computations = [&, &s = *object] {
     compute(s);
-    for (std::size_t b : {0, 3, 16}) s.computePartialComJacobian(b, J), s.computePartialComPositionInRoot(b);
+    for (Size b : {0, 3, 16}) s.computePartialComJacobian(b, J), s.computePartialComPositionInRoot(b);
   };
   const auto queries = [&, &s = *object] {
     (void)s.getRootName(), s.getBodyName(1), s.getJointAngleName(1), s.getBodyId(name), s.getJointAngleId(name);

@@ -24,8 +24,8 @@ TEST(Module, ExportsTwoFunctionsAndIsHardened) {
 TEST(Inspector, PrintsEveryBodyOrOneLineOfError) {
   const auto [table, success] = output(LUMO_INSPECT);
   EXPECT_TRUE(success && table.find("27.824") != std::string::npos) << table;
-  const auto system = plugin().create();
-  for (std::size_t b = 0; b < nb_bodies; ++b) EXPECT_NE(table.find(system->getBodyName(b)), std::string::npos) << b;
+  const auto system = create();
+  for (Size b = 0; b < nb_bodies; ++b) EXPECT_NE(table.find(system->getBodyName(b)), std::string::npos) << b;
   for (const std::string how : {"--plugin no/such.so 2>&1 >/dev/null", "--plugin " OXMATH_LIBRARY " 2>&1 >/dev/null",
                                 "--bogus 2>&1 >/dev/null", "2>&1 >/dev/full"}) {
     const auto [error, accepted] = output(LUMO_INSPECT " " + how);

@@ -9,20 +9,23 @@
 
 #include <host/Plugin.hpp>
 #include <host/toFloats.hpp>
+#include <tests/plugin/Host.hpp>
 
 // What the tests of the loaded plug-in share. They make host values by the operations that the plug-in itself relies
 // on and read them as floats, so that they hold for any library that takes the stand-in's place.
 
 namespace lumo::test {
 
-constexpr std::size_t nb_bodies = 16;
+constexpr Size nb_bodies = 16;
 constexpr double epsilon = 0x1p-23;
-using Jacobian = Eigen::Matrix<float, 3, Eigen::Dynamic>;
 
-/// Never unloaded, so that the sanitizers can still name its functions when they report.
-inline const Plugin& plugin() {
-  static const Plugin* const loaded = new Plugin(LUMO_PLUGIN);
-  return *loaded;
+using Object = std::shared_ptr<Host>;
+
+inline Object create() {
+  // Never unloaded, so that the sanitizers can still name its functions when they report.
+  static const Plugin& plugin = *new Plugin(LUMO_PLUGIN);
+  const std::shared_ptr<RigidBodySystem> object = plugin.create();
+  return {object, reinterpret_cast<Host*>(object.get())};
 }
 
 /// Entry by entry; NaN fails.
@@ -42,13 +45,13 @@ auto vector(const HostValue& value) {
 inline Eigen::VectorXd vector(FloatView view) {
   return Eigen::Map<const Eigen::VectorXf>(view.first, static_cast<Eigen::Index>(view.size())).cast<double>();
 }
-inline Eigen::Affine3d frame(const OX::Math::Transform& pose) {
+inline Eigen::Affine3d frame(const Transform& pose) {
   Eigen::Affine3d result = Eigen::Affine3d::Identity();
   result.affine() = vector(pose).reshaped<Eigen::RowMajor>(3, 4);
   return result;
 }
 /// From x, y, z and the angles about them; further values are not read.
-inline OX::Math::Transform pose(const Eigen::ArrayXf& q) {
+inline Transform pose(const Eigen::ArrayXf& q) {
   return OX::Math::transformFromPosition6D(OX::Math::Position6D(q[0], q[1], q[2], q[3], q[4], q[5]));
 }
 
@@ -64,7 +67,7 @@ struct State {
   std::vector<std::vector<float>> wrenches{nb_bodies, std::vector<float>(6)};
 };
 
-inline void set(RigidBodySystem& system, const State& x) {
+inline void set(Host& system, const State& x) {
   const Eigen::ArrayXf &v = x.dq, &a = x.ddq;
   system.setRootPose(pose(x.q));
   system.setRootVelocity({v[0], v[1], v[2], v[3], v[4], v[5]});
@@ -72,15 +75,15 @@ inline void set(RigidBodySystem& system, const State& x) {
   system.setJointAnglesPos(x.q.tail<15>());
   system.setJointAnglesVel(v.tail<15>());
   system.setJointAnglesAcc(a.tail<15>());
-  for (std::size_t b = 0; b < nb_bodies; ++b) system.setExternalWrench(b, x.wrenches[b]);
+  for (Size b = 0; b < nb_bodies; ++b) system.setExternalWrench(b, x.wrenches[b]);
 }
-inline void compute(RigidBodySystem& system) {
+inline void compute(Host& system) {
   system.computeFwdKinematics();
   system.computeGeneralizedMass();
   system.computeInverseDynamics();
 }
-inline Plugin::Object computed(const State& x) {
-  Plugin::Object system = plugin().create();
+inline Object computed(const State& x) {
+  Object system = create();
   set(*system, x);
   compute(*system);
   return system;
