@@ -24,13 +24,20 @@ struct NodeState {
   Body body;
 };
 
+/// The kind of rotation of a product, as it is stored.
+template <typename Rotation1, typename Rotation0>
+using product_rotation = typename decltype(std::declval<Rotation1>() * std::declval<Rotation0>())::AtRest;
+
 /// One node of the tree: a body and the joint that hangs it from its parent. What is structure is constant.
 template <int Id, int ParentId, int DofIndex, typename Joint, typename XtRotation, int... Children>
-struct Node : NodeState<Joint, typename decltype(std::declval<Joint>().Xj.E * std::declval<XtRotation>())::AtRest> {
+struct Node : NodeState<Joint, product_rotation<typename Joint::Rotation, XtRotation>> {
   static constexpr int id = Id;
   static constexpr int parent_id = ParentId;  ///< -1 for the root
   static constexpr int dof_index = DofIndex;  ///< of its first coordinate
   static constexpr int dof_number = Joint::dof_number;
+  using joint_type = Joint;
+  using Xt_rotation = XtRotation;
+  using sXp_rotation = product_rotation<typename Joint::Rotation, XtRotation>;
   using children = std::integer_sequence<int, Children...>;  ///< in increasing order
   using Placement = Spatial::TransformT<XtRotation>;
 };

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <limits>
 #include <stdexcept>
-#include <utility>
 
 #include <kinetra/algos/crba.hpp>
 #include <kinetra/algos/fwd_kin_iX1.hpp>
@@ -309,10 +308,11 @@ void KinetraRigidBodySystem<Robot>::computePartialComJacobian(std::size_t body,
   P.setZero();
   kinetra::partial_crba<Robot>::run(robot_, P, static_cast<int>(body));
   // Rows 0-2 of P are the linear momentum per unit rate of each coordinate, in the root's axes; E' turns it into the
-  // world's.
-  const RotationMatrix E = kinetra::node<0>(robot_).sXp.E;
+  // world's. Adding to zero makes every zero positive.
+  const kinetra::Spatial::Matrix3 Et = kinetra::node<0>(robot_).sXp.E.transpose();
+  const Vec3 zero(0.0F, 0.0F, 0.0F);
   for (int j = 0; j < Robot::nb_dof; ++j) {
-    E.applyInv(Vec3::load(&P(0, j))).store(&J(0, j));
+    (zero + Et.apply(Vec3::load(&P(0, j)))).store(&J(0, j));
   }
 }
 

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include <Eigen/Core>
@@ -27,6 +28,8 @@ struct FloatView {
   std::size_t size() const { return static_cast<std::size_t>(last - first); }
   const float& operator[](std::size_t i) const { return first[i]; }
 };
+static_assert(std::is_trivially_copyable_v<FloatView> && sizeof(FloatView) == 2 * sizeof(void*),
+              "a view is returned as two pointers");
 
 /// Kinematics and dynamics of one robot: a tree of rigid bodies under a free-floating root.
 ///
@@ -119,10 +122,12 @@ class RigidBodySystem {
   // --- Computations ------------------------------------------------------------------------------------------
 
   /// From the joint angles: poses and centre of mass in the root's frame, and the Jacobian. The root's pose plays no
-  /// part in them.
+  /// part in them. Leaves the whole configuration, the root's pose included, to computeGeneralizedMass and
+  /// computePartialComJacobian.
   virtual void computeFwdKinematicsExceptRoot() = 0;
   /// From the root's pose and the last computeFwdKinematicsExceptRoot: poses and centre of mass in the world. Enough
-  /// when only the root has moved.
+  /// when only the root has moved. Leaves the root's pose to computePartialComJacobian, beside the joint angles that
+  /// it already has.
   virtual void computeFwdKinematicsOnlyRoot() = 0;
   /// Both of the above, in this order.
   virtual void computeFwdKinematics() {
@@ -143,9 +148,10 @@ class RigidBodySystem {
 
   // --- Poses and centres of mass -----------------------------------------------------------------------------
 
-  /// Pose of a body in the root's frame; the identity for the root itself.
+  /// Pose of a body in the root's frame, as of the last computeFwdKinematicsExceptRoot; the identity for the root.
   virtual const OX::Math::Transform& getPoseInRoot(std::size_t body) const = 0;
-  /// Pose of a body in the world. The largest std::size_t value stands for the world itself: the identity.
+  /// Pose of a body in the world, as of the last root computation or setPose. The largest std::size_t value stands for
+  /// the world itself: the identity.
   virtual const OX::Math::Transform& getPose(std::size_t body) const = 0;
   /// Overwrites a body's world pose until the next root computation; nothing else changes.
   virtual void setPose(std::size_t body, const OX::Math::Transform& pose) = 0;
@@ -154,17 +160,19 @@ class RigidBodySystem {
   virtual void setVolatilePose(std::size_t frame, const OX::Math::Transform& pose) = 0;
   /// Centre of mass of one body in the world (m), from its stored world pose.
   virtual OX::Math::Position3D getComPosition(std::size_t body) const = 0;
-  /// Centre of mass of the robot in the root's frame (m).
+  /// Centre of mass of the robot in the root's frame (m), as of the last computeFwdKinematicsExceptRoot.
   virtual const OX::Math::Position3D& getComPositionInRoot() const = 0;
-  /// Centre of mass of the robot in the world (m).
+  /// Centre of mass of the robot in the world (m), as of the last root computation.
   virtual const OX::Math::Position3D& getComPosition() const = 0;
 
   // --- Matrices and the tree ---------------------------------------------------------------------------------
 
-  /// 21 x 21, in the order of the generalized coordinates, as of the last computeGeneralizedMass.
+  /// 21 x 21, symmetric, in the order of the generalized coordinates, the root's in its body axes (kg, kg m, kg m^2),
+  /// as of the last computeGeneralizedMass. Zero where the coordinates belong to two branches of the tree.
   virtual const Eigen::MatrixXf& getGeneralizedMass() const = 0;
   /// 6 x 21, rows angular then linear: column d is the spatial velocity, in the root's frame at the root's origin,
-  /// that a unit rate of coordinate d gives the body it moves.
+  /// that a unit rate of coordinate d gives the body it moves. As of the last computeFwdKinematicsExceptRoot; columns
+  /// 0-5 are constant.
   virtual const Eigen::Matrix<float, 6, Eigen::Dynamic>& getJacobianInRoot() const = 0;
   /// Per body: its parent (-1 for the root), its number of coordinates, the index of its first; throw std::bad_alloc.
   virtual std::vector<std::int64_t> getParentsVector() const = 0;

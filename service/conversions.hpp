@@ -30,14 +30,14 @@ template <typename Rotation>
 void invToOXMath(const kinetra::Spatial::TransformT<Rotation>& X, OX::Math::Transform& H) {
   const kinetra::Spatial::Matrix3 E = X.E;
   const auto row = [](kinetra::Spatial::Vec3 R, float t) {
-    kinetra::Spatial::Lanes lanes = R.lanes();
+    kinetra::Spatial::Float4 lanes = R.lanes();
     lanes[3] = t;
     return lanes;
   };
   float* rows = floats(H);
-  kinetra::Spatial::storeLanes(row(E.column0, X.r[0]), rows);
-  kinetra::Spatial::storeLanes(row(E.column1, X.r[1]), rows + 4);
-  kinetra::Spatial::storeLanes(row(E.column2, X.r[2]), rows + 8);
+  kinetra::Spatial::store4(row(E.column0, X.r[0]), rows);
+  kinetra::Spatial::store4(row(E.column1, X.r[1]), rows + 4);
+  kinetra::Spatial::store4(row(E.column2, X.r[2]), rows + 8);
 }
 
 /// The pose of A's new frame in B's old frame, B first: the inverse of A B. Row 2 of R is the cross product of rows 0

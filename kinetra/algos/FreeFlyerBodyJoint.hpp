@@ -10,10 +10,11 @@ namespace kinetra {
 /// the body's own axes, and so are not the rates of the positions. Featherstone 2008, section 4.4.
 struct FreeFlyerBodyJoint {
   static constexpr int dof_number = Spatial::ConstraintMotionFreeFlyerBody::dof_number;
+  using Rotation = Spatial::RotationMatrix;
 
-  Spatial::TransformT<Spatial::RotationMatrix> Xj;  ///< parent-side frame to child-side frame
-  Spatial::Motion cj = Spatial::Motion::zero();     ///< velocity-product acceleration: none
-  Spatial::Motion vj;                               ///< S dq
+  Spatial::TransformT<Rotation> Xj;              ///< parent-side frame to child-side frame
+  Spatial::Motion cj = Spatial::Motion::zero();  ///< velocity-product acceleration: none
+  Spatial::Motion vj;                            ///< S dq
   Spatial::ConstraintMotionFreeFlyerBody S;
   Spatial::Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
@@ -34,8 +35,8 @@ struct FreeFlyerBodyJoint {
   }
 
   /// Xj Xt, for the node's placement Xt.
-  template <typename Rotation>
-  [[gnu::always_inline]] auto placed(const Spatial::TransformT<Rotation>& Xt) const {
+  template <typename XtRotation>
+  [[gnu::always_inline]] auto placed(const Spatial::TransformT<XtRotation>& Xt) const {
     return Xj.fresh() * Xt;
   }
 };

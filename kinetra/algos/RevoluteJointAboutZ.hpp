@@ -1,5 +1,7 @@
 #pragma once
 
+#include <type_traits>
+
 #include <kinetra/spatial/ConstraintMotionAboutZ.hpp>
 #include <kinetra/spatial/Transform.hpp>
 
@@ -9,10 +11,11 @@ namespace kinetra {
 /// placement Xt. Featherstone 2008, section 4.4.
 struct RevoluteJointAboutZ {
   static constexpr int dof_number = Spatial::ConstraintMotionAboutZ::dof_number;
+  using Rotation = Spatial::RotationMatrixAboutZ;
 
-  Spatial::TransformT<Spatial::RotationMatrixAboutZ> Xj;  ///< parent-side frame to child-side frame
-  Spatial::Motion cj = Spatial::Motion::zero();           ///< velocity-product acceleration: none
-  Spatial::Motion vj = Spatial::Motion::zero();           ///< S dq; only the angular part is ever written
+  Spatial::TransformT<Rotation> Xj;              ///< parent-side frame to child-side frame
+  Spatial::Motion cj = Spatial::Motion::zero();  ///< velocity-product acceleration: none
+  Spatial::Motion vj = Spatial::Motion::zero();  ///< S dq; only the angular part is ever written
   Spatial::ConstraintMotionAboutZ S;
   Spatial::Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
@@ -25,9 +28,10 @@ struct RevoluteJointAboutZ {
   /// Xj from the position alone.
   void jcalc_pos(float q) { Xj = {Spatial::RotationMatrixAboutZ(q), Spatial::Vec3(0.0F, 0.0F, 0.0F)}; }
 
-  /// Xj Xt, for the node's placement Xt: the joint does not translate, so only the rotations are multiplied.
-  template <typename Rotation>
-  [[gnu::always_inline]] auto placed(const Spatial::TransformT<Rotation>& Xt) const {
+  /// Xj Xt, for the node's placement Xt. The joint does not translate, so r is Xt's: what the full product gives to the
+  /// bit, for no placement has a -0.
+  template <typename XtRotation>
+  [[gnu::always_inline]] auto placed(const Spatial::TransformT<XtRotation>& Xt) const {
     const auto E = Xj.E * Xt.E;
     return Spatial::TransformT<std::decay_t<decltype(E)>>(E, Xt.r);
   }

@@ -15,16 +15,15 @@ namespace kinetra::internal {
 // The steps, each one function for all nodes of the same kinds.
 
 template <typename Joint, typename Rotation>
-void hand_to_parent(const NodeState<Joint, Rotation>& n, Spatial::Inertia& Iic_parent) {
+void add_inertia_to_parent(const NodeState<Joint, Rotation>& n, Spatial::Inertia& Iic_parent) {
   Iic_parent = Iic_parent + n.sXp.applyInv(n.body.Iic);
 }
 
-/// Carries the force F to an ancestor's frame; gives S'F, S the ancestor's motion subspace.
+/// Carries a force, a column of F, to an ancestor's frame; gives S'f, S the ancestor's motion subspace.
 template <typename Rotation, typename ConstraintMotion>
-void carry(Eigen::Matrix<float, 6, 1>& F, const Spatial::TransformT<Rotation>& X, const ConstraintMotion& S,
-           float* projected) {
-  const Spatial::Force::Lanes f = X.applyInv(Spatial::Force::Lanes::load(F.data()));
-  f.store(F.data());
+void carry(float* column, const Spatial::TransformT<Rotation>& X, const ConstraintMotion& S, float* projected) {
+  const Spatial::Force::Lanes f = X.applyInv(Spatial::Force::Lanes::load(column));
+  f.store(column);
   S.transposeTimes(f, projected);
 }
 
@@ -38,17 +37,20 @@ struct crba_upward {
     template <typename Derived>
     static void discover(Robot& robot, Eigen::MatrixBase<Derived>& H) {
       using Ancestor = node_t<Robot, a>;
-      carry(node<i>(robot).F, node<j>(robot).sXp, node<a>(robot).joint.S,
-            &H.derived()(Ancestor::dof_index, Node::dof_index));
+      for (int k = 0; k < Node::dof_number; ++k) {
+        carry(&node<i>(robot).F(0, k), node<j>(robot).sXp, node<a>(robot).joint.S,
+              &H.derived()(Ancestor::dof_index, Node::dof_index + k));
+      }
       block<Node, Ancestor>(H) = block<Ancestor, Node>(H).transpose();
     }
   };
 
   template <typename Derived>
   static void finish(Robot& robot, Eigen::MatrixBase<Derived>& H) {
+    static_assert(!Derived::IsRowMajor && Derived::InnerStrideAtCompileTime == 1, "H must be stored by columns");
     auto& n = node<i>(robot);
     if constexpr (Node::parent_id >= 0) {
-      hand_to_parent(n, node<Node::parent_id>(robot).body.Iic);
+      add_inertia_to_parent(n, node<Node::parent_id>(robot).body.Iic);
     }
     n.F = n.body.Iic * n.joint.S;
     for (int k = 0; k < Node::dof_number; ++k) {

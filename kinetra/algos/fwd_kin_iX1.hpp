@@ -38,6 +38,7 @@ struct FwdKiniX1Visitor {
   template <typename DerivedJ, typename DerivedCom>
   static void discover(Robot& robot, Spatial::TransformT<Spatial::RotationMatrix>* iX1, Eigen::MatrixBase<DerivedJ>& J,
                        Eigen::MatrixBase<DerivedCom>& comSum) {
+    static_assert(!DerivedJ::IsRowMajor && DerivedJ::InnerStrideAtCompileTime == 1, "J must be stored by columns");
     using Node = node_t<Robot, i>;
     relate_to_root(node<i>(robot).sXp, iX1[Node::parent_id], Robot::inertias[i], iX1[i],
                    &J.derived()(0, Node::dof_index), comSum);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <utility>
+
 #include <kinetra/depth_first_traversal.hpp>
 #include <kinetra/spatial/Transform.hpp>
 
@@ -18,6 +20,7 @@ namespace internal {
 template <typename Rotation, typename Derived>
 void add_first_moment(const Spatial::Inertia& inertia, const Spatial::TransformT<Rotation>& iX1,
                       Eigen::MatrixBase<Derived>& comSum) {
+  static_assert(Derived::InnerStrideAtCompileTime == 1, "comSum must be three floats in a row");
   const Spatial::Vec3 sum = Spatial::Vec3::load(comSum.derived().data());
   (iX1.applyInvToPoint(inertia.com()) * inertia.m + sum).store(comSum.derived().data());
 }

@@ -44,7 +44,7 @@ inline void require(Spatial::Force& f, const Spatial::Inertia& I, const Body& bo
 }
 
 template <typename Joint, typename Rotation>
-void hand_to_parent(const NodeState<Joint, Rotation>& n, Spatial::Force& f_parent) {
+void add_force_to_parent(const NodeState<Joint, Rotation>& n, Spatial::Force& f_parent) {
   f_parent = f_parent + n.sXp.applyInv(n.joint.f);
 }
 
@@ -86,7 +86,7 @@ struct rnea<Robot, false> {
       auto& n = node<i>(robot);
       n.joint.S.transposeTimes(n.joint.f, &torques[Node::dof_index]);
       if constexpr (Node::parent_id >= 0) {
-        internal::hand_to_parent(n, node<Node::parent_id>(robot).joint.f);
+        internal::add_force_to_parent(n, node<Node::parent_id>(robot).joint.f);
       }
     }
   };

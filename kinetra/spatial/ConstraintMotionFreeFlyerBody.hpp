@@ -42,8 +42,7 @@ class ConstraintMotionFreeFlyerBody {
   Matrix3 block(int row, int column) const {
     const float* first = &S_(row, column);
     const bool at_the_end = row == 3 && column == 3;  // where four floats would reach past S
-    return {Vec3(loadLanes(first)), Vec3(loadLanes(first + 6)),
-            at_the_end ? Vec3::load(first + 12) : Vec3(loadLanes(first + 12))};
+    return {Vec3(load4(first)), Vec3(load4(first + 6)), at_the_end ? Vec3::load(first + 12) : Vec3(load4(first + 12))};
   }
 
   Eigen::Matrix<float, 6, 6> S_;

@@ -23,9 +23,7 @@ class RotationMatrix {
     return *this;
   }
   /// Reads four floats at a time, the last column from one float earlier.
-  operator Matrix3() const {
-    return {Vec3(loadLanes(E_)), Vec3(loadLanes(E_ + 3)), Vec3(shuffle<1, 2, 3, 0>(loadLanes(E_ + 5)))};
-  }
+  operator Matrix3() const { return {Vec3(load4(E_)), Vec3(load4(E_ + 3)), Vec3(shuffle<1, 2, 3, 0>(load4(E_ + 5)))}; }
   /// The same for a value written only just now: reads what was stored piece by piece, so that no load has to wait for
   /// two stores.
   Matrix3 fresh() const { return {Vec3::load(E_), Vec3::load(E_ + 3), Vec3::load(E_ + 6)}; }
@@ -39,20 +37,8 @@ class RotationMatrix {
   Vec3 apply(Vec3 p) const { return columns().apply(p); }
   Vec3 applyInv(Vec3 p) const { return columns().applyInv(p); }
 
-  /// E'I E for a symmetric I, formed as I_zz 1 + E'(I - I_zz 1)E. The shifted matrix is L + w x, where L has the
-  /// columns (I_xx - I_zz, I_xy, 2 I_xz), (I_xy, I_yy - I_zz, 2 I_yz), 0 and w = (-I_yz, I_xz, 0), so that E'L E takes
-  /// two columns and E'(w x)E = (E'w) x is one vector. Featherstone 2008, appendix A.2. Needs E orthonormal.
-  SymmetricMatrix applyInv(const SymmetricMatrix& I) const {
-    const auto [e0, e1, e2] = columns().transpose();
-    const Vec3 zz = I.diagonal().splat<2>();
-    const Vec3 shifted = I.diagonal() - zz;
-    const Vec3 off = I.off();
-    const Vec3 doubled = off + off;
-    const Vec3 Y0 = e0 * shifted.splat<0>() + e1 * off.splat<2>() + e2 * doubled.splat<1>();
-    const Vec3 Y1 = e0 * off.splat<2>() + e1 * shifted.splat<1>() + e2 * doubled.splat<0>();
-    const Vec3 Etw = e1 * off.splat<1>() - e0 * off.splat<0>();
-    return {Y0 * e0 + Y1 * e1 + zz, Y0.yzx() * e0.zxy() + Y1.yzx() * e1.zxy() - Etw};
-  }
+  /// E'I E for a symmetric I
+  SymmetricMatrix applyInv(const SymmetricMatrix& I) const { return columns().applyInv(I); }
 
  private:
   Matrix3 columns() const { return *this; }

@@ -49,7 +49,7 @@ class RotationMatrixAboutZ {
   /// E'p
   Vec3 applyInv(Vec3 p) const { return transpose().apply(p); }
 
-  /// E'I E for a symmetric I, from the double angle's 1 - 2 s^2 and 2 c s. Featherstone 2008, appendix A.2.
+  /// E'I E for a symmetric I, from the double angle's 1 - 2 s^2 and 2 c s. Featherstone 2008, appendix A.4.
   SymmetricMatrix applyInv(const SymmetricMatrix& I) const {
     const Vec3 diagonal = I.diagonal();
     const Vec3 off = I.off();

@@ -14,7 +14,7 @@ namespace kinetra::Spatial {
 ///
 /// As a 6 x 6 matrix it acts on motions as [[E, 0], [-E r x, E]] and on forces as [[E, -E r x], [0, E]]; a point p goes
 /// to E (p - r). What the kind of the rotation saves is decided in the rotation kinds; here each formula stands once.
-/// Featherstone 2008, section 2.8 and table A.2. E must be orthonormal; that is not checked.
+/// Featherstone 2008, section 2.8 and appendix A.3. E must be orthonormal; that is not checked.
 template <typename Rotation>
 struct TransformT {
   Rotation E;                   ///< turns old coordinates into new ones
@@ -25,7 +25,7 @@ struct TransformT {
   TransformT(const Rotation& E_, Vec3 r_) : E(E_), r(r_) {}
 
   /// A general transform at work, with its rotation in registers, becomes one at rest, and the other way round.
-  template <typename OtherForm>
+  template <typename OtherForm, typename = std::enable_if_t<std::is_convertible_v<OtherForm, Rotation>>>
   TransformT(const TransformT<OtherForm>& X) : E(X.E), r(X.r) {}
   template <typename AtWork>
   TransformT& operator=(const TransformT<AtWork>& X) {
@@ -93,7 +93,8 @@ static_assert(sizeof(TransformT<RotationMatrix>) == 12 * sizeof(float), "E colum
 static_assert(sizeof(TransformT<RotationMatrixAboutZ>) == 5 * sizeof(float), "c, s, then r");
 static_assert(sizeof(TransformT<RotationMatrixIdentity>) == 4 * sizeof(float), "k, then r");
 
-/// Composition, X0 first: (E1 E0, r0 + E0'r1). The kind of the result is that of the rotations' product.
+/// Composition, X0 first: (E1 E0, r0 + E0'r1). The kind of the result is that of the rotations' product; a general one
+/// is given at work and becomes a TransformT<RotationMatrix> where it is stored.
 template <typename Rotation1, typename Rotation0>
 [[gnu::always_inline]] inline auto operator*(const TransformT<Rotation1>& X1, const TransformT<Rotation0>& X0) {
   return TransformT<std::decay_t<decltype(X1.E * X0.E)>>(X1.E * X0.E, X0.applyInvToPoint(X1.r));

@@ -7,38 +7,38 @@
 namespace kinetra::Spatial {
 
 /// Four floats in one register.
-using Lanes = float __attribute__((vector_size(16)));
+using Float4 = float __attribute__((vector_size(16)));
 
 /// Lanes of a (0-3) and of b (4-7), picked one by one.
 template <int i, int j, int k, int l>
-Lanes shuffle(Lanes a, Lanes b) {
+Float4 shuffle(Float4 a, Float4 b) {
   return __builtin_shufflevector(a, b, i, j, k, l);
 }
 /// Of one register; as integers, for which x86-64 copies and shuffles at once.
 template <int i, int j, int k, int l>
-Lanes shuffle(Lanes a) {
+Float4 shuffle(Float4 a) {
   using Bits = int __attribute__((vector_size(16)));
   const auto bits = reinterpret_cast<Bits>(a);
-  return reinterpret_cast<Lanes>(__builtin_shufflevector(bits, bits, i, j, k, l));
+  return reinterpret_cast<Float4>(__builtin_shufflevector(bits, bits, i, j, k, l));
 }
 
-inline Lanes loadLanes(const float* p) {
-  Lanes lanes;
+inline Float4 load4(const float* p) {
+  Float4 lanes;
   std::memcpy(&lanes, p, sizeof lanes);
   return lanes;
 }
-inline void storeLanes(Lanes lanes, float* p) { std::memcpy(p, &lanes, sizeof lanes); }
+inline void store4(Float4 lanes, float* p) { std::memcpy(p, &lanes, sizeof lanes); }
 
 /// Moves a pair of floats as one eight-byte word, to and from lanes 0 and 1.
-inline Lanes loadPair(const float* p) {
-  using Words = double __attribute__((vector_size(16)));
-  double word;
+inline Float4 load2(const float* p) {
+  using Words = long long __attribute__((vector_size(16)));
+  long long word;
   std::memcpy(&word, p, sizeof word);
-  return reinterpret_cast<Lanes>(Words{word, 0.0});
+  return reinterpret_cast<Float4>(Words{word, 0});
 }
-inline void storePair(Lanes lanes, float* p) {
-  using Words = double __attribute__((vector_size(16)));
-  const double word = reinterpret_cast<Words>(lanes)[0];
+inline void store2(Float4 lanes, float* p) {
+  using Words = long long __attribute__((vector_size(16)));
+  const long long word = reinterpret_cast<Words>(lanes)[0];
   std::memcpy(p, &word, sizeof word);
 }
 
@@ -48,8 +48,10 @@ inline void storePair(Lanes lanes, float* p) {
 class Vec3 {
  public:
   Vec3(float x, float y, float z) : lanes_{x, y, z, 0.0F} {}
-  explicit Vec3(Lanes lanes) : lanes_(lanes) {}
+  explicit Vec3(Float4 lanes) : lanes_(lanes) {}
   Vec3(const Eigen::Vector3f& v) : Vec3(load(v.data())) {}
+  template <typename Derived>
+  Vec3(const Eigen::MatrixBase<Derived>& v) : Vec3(Eigen::Vector3f(v)) {}
   operator Eigen::Vector3f() const {
     Eigen::Vector3f v;
     store(v.data());
@@ -58,14 +60,17 @@ class Vec3 {
 
   /// Reads and writes exactly three floats: x and y as one word, then z. A load then always meets whole what an earlier
   /// store wrote, which the processor forwards without waiting.
-  static Vec3 load(const float* p) { return Vec3(shuffle<0, 1, 4, 5>(loadPair(p), Lanes{p[2], 0.0F, 0.0F, 0.0F})); }
+  static Vec3 load(const float* p) { return Vec3(shuffle<0, 1, 4, 5>(load2(p), Float4{p[2], 0.0F, 0.0F, 0.0F})); }
   void store(float* p) const {
-    storePair(lanes_, p);
+    store2(lanes_, p);
     p[2] = shuffle<2, 2, 2, 2>(lanes_)[0];
   }
 
-  Lanes lanes() const { return lanes_; }
+  Float4 lanes() const { return lanes_; }
   float operator[](int i) const { return lanes_[i]; }
+  float x() const { return lanes_[0]; }
+  float y() const { return lanes_[1]; }
+  float z() const { return lanes_[2]; }
   /// (a_i, a_i, a_i)
   template <int i>
   Vec3 splat() const {
@@ -85,7 +90,7 @@ class Vec3 {
   friend Vec3 operator/(Vec3 a, float s) { return Vec3(a.lanes_ / s); }
 
  private:
-  Lanes lanes_;
+  Float4 lanes_;
 };
 
 /// a x b = (a_y b_z - a_z b_y, a_z b_x - a_x b_z, a_x b_y - a_y b_x), each product rounded, then their difference.

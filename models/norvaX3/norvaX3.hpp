@@ -1,7 +1,9 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <iterator>
 #include <string>
 
 #include <kinetra/Node.hpp>
@@ -71,14 +73,20 @@ struct norvaX3 {
 
 namespace internal {
 
+/// Whether the children of node i name it as their parent and come in increasing order.
 template <typename Robot, int i, int... Children>
 constexpr bool is_parent_of(std::integer_sequence<int, Children...>) {
+  constexpr int ids[] = {i, Children...};
+  for (std::size_t k = 1; k < std::size(ids); ++k) {
+    if (ids[k - 1] >= ids[k]) return false;
+  }
   return ((node_t<Robot, Children>::parent_id == i) && ...);
 }
 
 template <typename Robot, int... i>
 constexpr bool tree_is_consistent(std::integer_sequence<int, i...>) {
-  return ((node_t<Robot, i>::id == i && node_t<Robot, i>::parent_id == Robot::parents[i] &&
+  return (node_t<Robot, i>::children::size() + ... + 1U) == Robot::nb_bodies &&
+         ((node_t<Robot, i>::id == i && node_t<Robot, i>::parent_id == Robot::parents[i] &&
            node_t<Robot, i>::dof_number == Robot::dof_numbers[i] &&
            node_t<Robot, i>::dof_index == Robot::dof_indexes[i] &&
            is_parent_of<Robot, i>(typename node_t<Robot, i>::children{})) &&

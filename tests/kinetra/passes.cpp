@@ -59,6 +59,8 @@ TEST(Jcalc, BothPassesGiveTheSameBitsAndWriteNothingElse) {
         EXPECT_TRUE(identical(both, transforms[n.id]));
         EXPECT_TRUE(identical(Vector6f(n.joint.vj), Vector6f::Constant(7.0F)));
       }
+      const auto product = n.joint.Xj * n.Xt;
+      EXPECT_TRUE(identical(n.sXp.E.matrix(), product.E.matrix()) && identical(n.sXp.r, Eigen::Vector3f(product.r)));
       EXPECT_TRUE(n.F.array().isNaN().all() && Vector6f(n.body.vi).array().isNaN().all());
       EXPECT_TRUE(Vector6f(n.joint.f).array().isNaN().all() && std::isnan(n.body.Iic.m));
       EXPECT_TRUE(identical(Vector6f(n.joint.cj), Vector6f::Zero()));
@@ -85,6 +87,7 @@ TEST(Kinematics, AgreesWithGeometry) {
     const auto inWorld = [&](std::size_t i) {
       return Eigen::Map<Eigen::Matrix<float, 3, 4, Eigen::RowMajor>>(lumo::floats(poses[i]));
     };
+    Eigen::Array3f inOrder = norvaX3::inertias[0].h;
     for (std::size_t i = 0; i < 16; ++i) {
       SCOPED_TRACE(i);
       const auto E = iX1[i].E.matrix();
@@ -94,7 +97,17 @@ TEST(Kinematics, AgreesWithGeometry) {
       EXPECT_TRUE(near(inWorld(i), expected.poseInWorld(static_cast<int>(i)), 6));
       EXPECT_TRUE(i < 2 || i == 10 || identical(E.col(2), E.col(0).cross(E.col(1))));
       EXPECT_TRUE(i != 3 || identical(inWorld(16), inRoot)) << "there is no pose 16";
+      if (i == 0) continue;
+      // The order in which these are rounded is promised.
+      const Eigen::Array3f x = E.row(0), y = E.row(1), z = E.row(2), r = iX1[i].r;
+      const Eigen::Array3f a = (E.col(0).array() * r[0] + E.col(1).array() * r[1]) + E.col(2).array() * r[2];
+      const auto column = J.col(norvaX3::dof_indexes[i]);
+      EXPECT_TRUE(identical(column.head<3>(), z.matrix()));
+      EXPECT_TRUE(identical(column.tail<3>(), (x * a[1] - y * a[0]).matrix()));
+      const auto& [m, h, I] = norvaX3::inertias[i];
+      inOrder += (((x * (h[0] / m) + y * (h[1] / m)) + z * (h[2] / m)) + r) * m;
     }
+    EXPECT_TRUE(identical(comSum, inOrder.matrix()));
     EXPECT_TRUE(J.leftCols(6).array().isNaN().all());
     J.leftCols(6).setZero();
     EXPECT_TRUE(near(J, expected.jacobianInRoot(), 12));
@@ -150,6 +163,10 @@ TEST(Dynamics, AgreesWithNewtonAndEuler) {
     };
     const Vector21 torques = inverseDynamics(s.ddq), bias = inverseDynamics(Vector21::Zero());
     EXPECT_TRUE(near(torques, whole.torques(), 4));
+    const Vector6f a0 = kinetra::node<0>(robot).body.ai, c0 = s.dq.tail<6>();  // the bias of an imagined joint
+    kinetra::node<0>(robot).joint.cj = kinetra::Spatial::Motion(c0);
+    inverseDynamics(Vector21::Zero());
+    EXPECT_TRUE(near(kinetra::node<0>(robot).body.ai.linear() - a0.tail<3>(), c0.tail<3>().cast<double>(), 4e-6));
     const Vector21 inertial = (H.array() == -7.0F).select(0.0F, H) * s.ddq;
     EXPECT_TRUE(near(torques - bias, oracle::Estimate{inertial.cast<double>(), whole.torques().magnitude}, 4));
   }

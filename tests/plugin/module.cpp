@@ -30,16 +30,19 @@ TEST(Inspector, PrintsEveryBodyOrOneLineOfError) {
                                 "--bogus 2>&1 >/dev/null", "2>&1 >/dev/full"}) {
     const auto [error, accepted] = output(LUMO_INSPECT " " + how);
     EXPECT_FALSE(accepted) << how;
-    EXPECT_EQ(error.find('\n'), error.size() - 1) << error;
+    EXPECT_TRUE(error.size() > 1 && error.find('\n') == error.size() - 1) << how << error;
   }
 }
 
 // Elsewhere the six values show in every world pose. Here the axes of roll and yaw are in line, and the angles not
 // unique.
 TEST(OxMath, PoseSurvivesGimbalLock) {
-  for (const float pitch : {1.57079633F, -1.57079633F, 1.57F}) {
-    const auto locked = pose((Eigen::ArrayXf(6) << 1, 2, 3, 0.5F, pitch, -2).finished());
-    const auto again = OX::Math::transformFromPosition6D(OX::Math::position6DFromTransform(locked));
+  for (const float pitch : {1.57079633F, -1.57079633F}) {
+    Transform locked = pose((Eigen::ArrayXf(6) << 1, 2, 3, 0.5F, pitch, -2).finished());
+    auto rows = lumo::toFloats(locked);
+    rows[0] = rows[4] = rows[9] = rows[10] = 0;
+    std::memcpy(static_cast<void*>(&locked), rows.data(), sizeof locked);
+    const Transform again = OX::Math::transformFromPosition6D(OX::Math::position6DFromTransform(locked));
     EXPECT_TRUE(near(vector(again), vector(locked), 2 * epsilon)) << pitch;
   }
 }
