@@ -11,15 +11,16 @@ namespace lumo {
 
 /// A value for every input of a rigid-body system of 16 bodies and 21 coordinates, drawn from a seed: generic, and the
 /// same to the bit on every machine, for no library distribution has a part in it. Positions within 3 m and 3 rad (the
-/// root's pitch within 1.5), rates within 3 and accelerations within 10 per second, wrenches within 10 N and N m.
+/// root's pitch within 1.5), rates within 3 and accelerations within 10 per second, wrenches within 10 N and N m; all
+/// of them times `scale`.
 struct State {
-  explicit State(std::uint64_t seed) : bits(seed) {
-    for (float& x : q) x = next(3.0F);
+  explicit State(std::uint64_t seed, float scale = 1.0F) : bits(seed) {
+    for (float& x : q) x = next(3.0F * scale);
     q[4] *= 0.5F;
-    for (float& x : dq) x = next(3.0F);
-    for (float& x : ddq) x = next(10.0F);
+    for (float& x : dq) x = next(3.0F * scale);
+    for (float& x : ddq) x = next(10.0F * scale);
     for (auto& wrench : wrenches) {
-      for (float& x : wrench) x = next(10.0F);
+      for (float& x : wrench) x = next(10.0F * scale);
     }
   }
 

@@ -37,12 +37,12 @@ class Hash {
   std::uint64_t value_ = 0xcbf29ce484222325U;
 };
 
-std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states) {
+std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float scale) {
   Hash root, poses, posesInRoot, coms, comsOfBodies, jacobian, mass, partialComs, partialJacobians, torques;
   Eigen::Matrix<float, 3, Eigen::Dynamic> J;
   const std::size_t bodies = robot.getNbBodies();
   for (std::uint64_t seed = 0; seed < states; ++seed) {
-    const lumo::State state(seed);
+    const lumo::State state(seed, scale);
     state.set(robot);
     state.setWrenches(robot);
     root.add(robot.getRootPose());
@@ -86,13 +86,16 @@ void run(int argc, char** argv) {
   CLI::App app{"Prints a hash of every kind of result over many states, to compare builds bit for bit.", "lumo-digest"};
   std::filesystem::path file = lumo::ownPlugin();
   std::uint64_t states = 2000;
+  float scale = 1.0F;
   app.add_option("--plugin", file, "The plug-in to load, by default ../lib/lumo/norvaX3.so beside this program")
       ->type_name("FILE");
   app.add_option("--states", states, "How many states")->capture_default_str();
+  app.add_option("--scale", scale, "Times what the inputs are: angles within 3 rad, and the like")
+      ->capture_default_str();
   if (!lumo::parse(app, argc, argv)) return;
 
   const auto robot = lumo::Plugin(file).create();
-  lumo::write(digest(*robot, states));
+  lumo::write(digest(*robot, states, scale));
 }
 
 }  // namespace

@@ -1,0 +1,119 @@
+#!/bin/bash
+# Shows that the plug-in computes the same bits however it is built: builds it in several ways, drives each through the
+# same 2,000 states and compares a hash of every kind of result. --all adds more ways, among them another processor.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+
+all=""
+case "$*" in
+  "") ;;
+  --all) all=yes ;;
+  *) echo "usage: reproduce.sh [--all]" >&2; step="reading its arguments"; exit 2 ;;
+esac
+
+folder=build/reproduce
+install_missing clang ${all:+g++-aarch64-linux-gnu qemu-user}
+
+# The first way is the one the others are compared with, and the one whose lumo-digest drives them.
+ways=("gcc -O3" "clang -O3" "gcc -O0")
+[[ -z $all ]] || ways+=("gcc -O2" "clang -O0" "clang -O2")
+wide="-march=x86-64-v3"
+if grep -qw avx2 /proc/cpuinfo && grep -qw fma /proc/cpuinfo; then
+  ways+=("gcc -O3 $wide")
+  [[ -z $all ]] || ways+=("gcc -O0 $wide" "gcc -O2 $wide" "clang -O0 $wide" "clang -O2 $wide" "clang -O3 $wide")
+else
+  echo "This processor has no AVX2 and FMA: the builds with $wide are left out."
+fi
+[[ -z $all ]] || ways+=("aarch64-gcc -O0" "aarch64-gcc -O2" "aarch64-gcc -O3")
+# Fuses products and sums, and so must differ: it tries the comparison.
+[[ ${ways[*]} != *"$wide"* ]] || ways+=("gcc -O3 $wide, contracted")
+
+folder_of() { tr -s ' ,=' '-' <<<"$folder/$1"; }
+
+# The kind of result that a line of lumo-digest is about.
+kind_of() { sed -E 's/ +[0-9a-f]+$//' <<<"$1"; }
+
+# Builds one way, named by compiler and flags.
+build_way() {
+  local way=$1 compiler flags targets=(lumo_norvaX3) options=()
+  compiler=${way%% *} flags=${way#* }
+  case $compiler in
+    gcc) options=(-D CMAKE_CXX_COMPILER=g++) ;;
+    clang) options=(-D CMAKE_CXX_COMPILER=clang++) ;;
+    aarch64-gcc)
+      # Header-only libraries are those of this machine.
+      flags+=" -idirafter /usr/include"
+      options=(-D CMAKE_CXX_COMPILER=aarch64-linux-gnu-g++ -D CMAKE_SYSTEM_NAME=Linux -D CMAKE_SYSTEM_PROCESSOR=aarch64
+               -D fmt_DIR="/usr/lib/$(g++ -dumpmachine)/cmake/fmt")
+      targets+=(lumo-digest) ;;
+  esac
+  [[ $way != "${ways[0]}" ]] || targets+=(lumo-digest)
+  # After the flags that forbid it.
+  if [[ $way == *", contracted" ]]; then
+    flags=${flags%, contracted}
+    options+=(-D CMAKE_CXX_COMPILE_OBJECT="<CMAKE_CXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -ffp-contract=fast \
+                                           -o <OBJECT> -c <SOURCE>")
+  fi
+  cmake -S . -B "$(folder_of "$way")" -G Ninja -D BUILD_TESTING=OFF -D CMAKE_CXX_FLAGS="$flags" "${options[@]}"
+  cmake --build "$(folder_of "$way")" --target "${targets[@]}"
+}
+
+# Prints the hashes of one way, one line a kind.
+digest() {
+  local way=$1 driver
+  driver=("$(folder_of "${ways[0]}")/bin/lumo-digest")
+  [[ $way != aarch64* ]] || driver=(qemu-aarch64 -L /usr/aarch64-linux-gnu "$(folder_of "$way")/bin/lumo-digest")
+  "${driver[@]}" --plugin "$(folder_of "$way")/lib/lumo/norvaX3.so"
+}
+
+mkdir -p "$folder"
+for way in "${ways[@]}"; do
+  step="building $way"
+  echo "Building $way"
+  build_way "$way" >"$folder/log" 2>&1 || { cat "$folder/log" >&2; exit 1; }
+  step="running $way"
+  digest "$way" >"$(folder_of "$way")/digest"
+done
+
+step="comparing"
+mapfile -t expected <"$(folder_of "${ways[0]}")/digest"
+echo
+echo "Kinds of result:"
+for i in "${!expected[@]}"; do printf '%3d %s\n' $((i + 1)) "$(kind_of "${expected[i]}")"; done
+printf '\n%-36s' "bits against ${ways[0]}"
+for i in "${!expected[@]}"; do printf '%6d' $((i + 1)); done
+echo
+
+failures=()
+for way in "${ways[@]:1}"; do
+  printf '%-36s' "$way"
+  differing=()
+  mapfile -t actual <"$(folder_of "$way")/digest"
+  for i in "${!expected[@]}"; do
+    if [[ ${expected[i]} == "${actual[i]-}" ]]; then
+      printf '%6s' same
+    else
+      printf '%6s' DIFF
+      differing+=("$(kind_of "${expected[i]}")")
+    fi
+  done
+  echo
+  if [[ $way == *", contracted" ]]; then
+    (( ${#differing[@]} )) || failures+=("The build $way should differ, and this comparison did not notice.")
+  elif (( ${#differing[@]} )); then
+    failures+=("The build $way differs in: $(printf '%s, ' "${differing[@]}" | sed 's/, $//').")
+  fi
+done
+
+echo
+if (( ${#failures[@]} )); then
+  step="comparing bits"
+  printf '%s\n' "${failures[@]}"
+  exit 1
+fi
+compared=$(( ${#ways[@]} - 1 ))
+if [[ ${ways[*]} == *", contracted"* ]]; then
+  compared=$((compared - 1))
+  echo "The contracted build differs, as it must: it is there to try this comparison."
+fi
+echo "All $compared other builds give the same bits as ${ways[0]} for every kind of result."
