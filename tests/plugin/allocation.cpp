@@ -1,22 +1,40 @@
 #include <cerrno>
+#include <fstream>
 
-#include <tests/plugin/support.hpp>
+#include <tests/plugin/answers.hpp>
 
-// The allocation functions of this program, which the loaded plug-in gets too, count their calls.
+// The allocation functions of this program, which the loaded plug-in gets too. They count their calls and the blocks
+// that are not freed yet, and can be told to fail.
 
-static std::size_t allocations = 0;
+static std::size_t allocations = 0, blocks = 0;
+static constexpr std::size_t none = static_cast<std::size_t>(-1);
+static std::size_t first_to_fail = none, last_to_fail = none;
+
+static bool fails() {
+  ++allocations;
+  if (allocations < first_to_fail || allocations > last_to_fail) return false;
+  errno = ENOMEM;
+  return true;
+}
+static void* counted(void* block) { return blocks += block != nullptr, block; }
 
 extern "C" {
 void *__libc_malloc(std::size_t), *__libc_calloc(std::size_t, std::size_t);
 void *__libc_realloc(void*, std::size_t), *__libc_memalign(std::size_t, std::size_t);
+void __libc_free(void*);
 
-void* malloc(std::size_t size) noexcept { return ++allocations, __libc_malloc(size); }
-void* calloc(std::size_t count, std::size_t size) noexcept { return ++allocations, __libc_calloc(count, size); }
-void* realloc(void* memory, std::size_t size) noexcept { return ++allocations, __libc_realloc(memory, size); }
-void* aligned_alloc(std::size_t to, std::size_t size) noexcept { return ++allocations, __libc_memalign(to, size); }
-int posix_memalign(void** memory, std::size_t to, std::size_t size) noexcept {
-  return (*memory = aligned_alloc(to, size)) == nullptr ? ENOMEM : 0;
+void* malloc(std::size_t n) noexcept { return fails() ? nullptr : counted(__libc_malloc(n)); }
+void* calloc(std::size_t count, std::size_t n) noexcept { return fails() ? nullptr : counted(__libc_calloc(count, n)); }
+void* aligned_alloc(std::size_t to, std::size_t n) noexcept {
+  return fails() ? nullptr : counted(__libc_memalign(to, n));
 }
+void* realloc(void* block, std::size_t n) noexcept {
+  return block == nullptr ? malloc(n) : fails() ? nullptr : __libc_realloc(block, n);
+}
+int posix_memalign(void** block, std::size_t to, std::size_t n) noexcept {
+  return (*block = aligned_alloc(to, n)) == nullptr ? ENOMEM : 0;
+}
+void free(void* block) noexcept { blocks -= block != nullptr, __libc_free(block); }
 }
 
 namespace {
@@ -31,7 +49,7 @@ std::size_t allocationsIn(const Call& call) {
 }
 
 TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
-  const auto object = create();
+  const auto object = create(lumo::Plugin(LUMO_PLUGIN));
   const State x(40);
   const std::string name = "RShoulderPitch";
   Jacobian J(3, 21);
@@ -56,11 +74,79 @@ TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
     EXPECT_EQ(allocationsIn(computations), 0U) << round;
     EXPECT_EQ(allocationsIn(queries), 0U) << round;
   }
-  // Those that there are do count, by operator new and by Eigen.
-  EXPECT_GE(allocationsIn([&] { object->clone(); }), 6U);
-  EXPECT_EQ(allocationsIn([&] { object->getParentsVector(); }), 1U);
-  J.resize(3, 20);
-  EXPECT_EQ(allocationsIn([&] { object->computePartialComJacobian(1, J); }), 1U);
+}
+
+/// How many allocations a call makes, each of which fails once: alone, and then with all that follow it. Each time
+/// std::bad_alloc must arrive, no block stay behind, and the object answer as before.
+template <class Call>
+std::size_t failedIn(Host& object, const Call& call) {
+  const std::string expected = answers(object);
+  for (std::size_t k = 1;; ++k) {
+    for (const bool alone : {true, false}) {
+      const std::size_t before = blocks;
+      bool thrown = false;
+      first_to_fail = allocations + k;
+      last_to_fail = alone ? first_to_fail : none;
+      try {
+        call();
+      } catch (const std::bad_alloc&) {
+        thrown = true;
+      }
+      const bool failed = allocations >= first_to_fail;
+      first_to_fail = none;
+      EXPECT_EQ(thrown, failed) << "allocation " << k;
+      if (!failed) return k - 1;
+      EXPECT_EQ(blocks, before) << "allocation " << k;
+    }
+    EXPECT_TRUE(answers(object) == expected) << "allocation " << k;
+  }
+}
+
+TEST(Allocation, FailureArrivesAndLosesNothing) {
+  const lumo::Plugin plugin(LUMO_PLUGIN);
+  const auto object = create(plugin);
+  set(*object, State(41));
+  compute(*object);
+  EXPECT_EQ(failedIn(*object, [&] { plugin.create(); }), 6U);
+  EXPECT_EQ(failedIn(*object, [&] { object->clone(); }), 6U);
+  EXPECT_EQ(failedIn(*object, [&] { object->getParentsVector(); }), 1U);
+  EXPECT_EQ(failedIn(*object, [&] { object->getDofNumbersVector(); }), 1U);
+  EXPECT_EQ(failedIn(*object, [&] { object->getDofIndexesVector(); }), 1U);
+  EXPECT_EQ(failedIn(*object, [&] { object->getName(); }), 0U);
+  for (const Eigen::Index columns : {0, 20, 22}) {
+    Jacobian J = Jacobian::Constant(3, columns, 7);
+    const auto resize = [&] {
+      try {
+        object->computePartialComJacobian(1, J);
+      } catch (const std::bad_alloc&) {
+        EXPECT_TRUE(J.cols() == columns && J.isConstant(7, 0)) << columns;
+        throw;
+      }
+    };
+    EXPECT_EQ(failedIn(*object, resize), 1U) << columns;
+  }
+}
+
+bool isLoaded() {
+  std::ifstream maps("/proc/self/maps");
+  return std::string(std::istreambuf_iterator<char>(maps), {}).find("norvaX3.so") != std::string::npos;
+}
+
+TEST(Unloading, LeavesNothingBehind) {
+  const State x(42);
+  std::size_t before = 0;
+  for (int cycle = 0; cycle < 1000; ++cycle) {
+    {
+      const auto object = create(lumo::Plugin(LUMO_PLUGIN));
+      set(*object, x);
+      compute(*object);
+      compute(*object->clone());
+      ASSERT_TRUE(isLoaded());
+    }
+    ASSERT_FALSE(isLoaded()) << "after cycle " << cycle;
+    if (cycle == 9) before = blocks;  // the loader has made its own tables by then
+  }
+  EXPECT_EQ(blocks, before);
 }
 
 }  // namespace

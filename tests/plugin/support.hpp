@@ -21,11 +21,14 @@ constexpr double epsilon = 0x1p-23;
 
 using Object = std::shared_ptr<Host>;
 
-inline Object create() {
-  // Never unloaded, so that the sanitizers can still name its functions when they report.
-  static const Plugin& plugin = *new Plugin(LUMO_PLUGIN);
+inline Object create(const Plugin& plugin) {
   const std::shared_ptr<RigidBodySystem> object = plugin.create();
   return {object, reinterpret_cast<Host*>(object.get())};
+}
+/// From a plug-in that is never unloaded, so that the sanitizers can still name its functions when they report.
+inline Object create() {
+  static const Plugin& plugin = *new Plugin(LUMO_PLUGIN);
+  return create(plugin);
 }
 
 /// Entry by entry; NaN fails.

@@ -1,0 +1,24 @@
+#include <cmath>
+
+#include <tests/plugin/support.hpp>
+
+namespace {
+
+using namespace lumo::test;
+
+// The first joint turns its body about the root's z axis, so that the pose shows the sine and the cosine.
+TEST(AnyInput, AnglesOfAnySizeGiveTheRightSine) {
+  const auto system = create();
+  for (double size = 1e-30; size <= 1.01e30; size *= 10) {
+    for (const float angle : {static_cast<float>(size), static_cast<float>(-3.7 * size)}) {
+      system->setJointAnglePos(0, angle);
+      system->computeFwdKinematics();
+      const auto expected = [angle](auto function) { return static_cast<float>(function(angle)); };
+      const Eigen::Matrix3d R = frame(system->getPose(1)).linear();
+      EXPECT_EQ(R(1, 0), expected([](long double x) { return std::sin(x); })) << angle;
+      EXPECT_EQ(R(0, 0), expected([](long double x) { return std::cos(x); })) << angle;
+    }
+  }
+}
+
+}  // namespace

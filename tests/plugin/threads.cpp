@@ -1,0 +1,37 @@
+#include <thread>
+
+#include <tests/plugin/answers.hpp>
+
+// Distinct objects serve distinct threads. Also run under the thread sanitizer, which sees what they should not share.
+
+namespace {
+
+using namespace lumo::test;
+
+/// The answers of an object and its clones to some states; other states for another seed.
+std::string work(Host& system, unsigned seed) {
+  std::string bits;
+  for (unsigned i = 0; i < 20; ++i) {
+    set(system, State(100 * seed + i));
+    const auto clone = system.clone();
+    compute(system);
+    bits += answers(system) + answers(*clone) + system.getBodyName(i % nb_bodies);
+    bits += std::to_string(system.getBodyId("RWristYaw") + system.getJointAngleId("RWristYaw"));
+  }
+  return bits;
+}
+
+TEST(Threads, DistinctObjectsAnswerAsOnOneThread) {
+  constexpr unsigned count = 4;
+  std::vector<Object> objects;  // all made first: creation overlaps nothing
+  std::string together[count];
+  for (unsigned i = 0; i < count; ++i) objects.push_back(create());
+  std::vector<std::thread> threads;
+  for (unsigned i = 0; i < count; ++i) {
+    threads.emplace_back([&, i] { together[i] = work(*objects[i], i); });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (unsigned i = 0; i < count; ++i) EXPECT_TRUE(together[i] == work(*create(), i)) << "thread " << i;
+}
+
+}  // namespace
