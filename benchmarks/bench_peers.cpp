@@ -66,8 +66,8 @@ class Agreement {
     for (Eigen::Index i = 0; i < ours.size(); ++i) {
       const double difference = std::abs(ours[i] - theirs[i]) / (epsilon * size);
       if (!(difference <= tolerance)) {
-        throw std::runtime_error(fmt::format("{} disagrees and is not timed: {} {} is {} there, {} here", peer_, what,
-                                             i, theirs[i], ours[i]));
+        throw std::runtime_error(fmt::format("{} disagrees and is not timed: {}, element {}, is {} there, {} here",
+                                             peer_, what, i, theirs[i], ours[i]));
       }
       worst_ = std::max(worst_, difference);
     }
