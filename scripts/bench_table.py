@@ -20,7 +20,7 @@ def read_times(folder):
             continue  # a program without rows writes nothing
         result = json.loads(file.read_text())
         context.update(result["context"])
-        for row in result["benchmarks"]:
+        for row in sorted(result["benchmarks"], key=lambda row: row["family_index"]):
             if row["run_type"] == "iteration":
                 runs.setdefault(row["run_name"], []).append(row["cpu_time"])
     values, spread = {}, {}
