@@ -25,14 +25,15 @@ install_missing() {
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# Configures and builds one preset. A build folder keeps its compiler unless CXX names another one.
+# Configures, with the CMake options that follow, and builds one preset. A build folder keeps its compiler unless CXX
+# names another one.
 build() {
   local preset=$1 fresh=() cache="build/$1/CMakeCache.txt"
   if [[ -n ${CXX:-} && -f $cache ]] && ! grep -q "^CMAKE_CXX_COMPILER:[A-Z]*=$(command -v "$CXX")\$" "$cache"; then
     fresh=(--fresh)
   fi
   step="configuring the preset $preset"
-  cmake --preset "$preset" "${fresh[@]}"
+  cmake --preset "$preset" "${fresh[@]}" "${@:2}"
   step="building the preset $preset"
   cmake --build --preset "$preset"
 }

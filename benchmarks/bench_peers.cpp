@@ -1,0 +1,109 @@
+// Times what bench_passes times, on the same robot and states, in other dynamics libraries: those that were installed
+// when this program was built. A library that does not find the same masses and torques as we do is not timed.
+//
+// Links the model, and so must not load the plug-in.
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <memory>
+#include <stdexcept>
+
+#include <fmt/format.h>
+
+#include <benchmarks/Peer.hpp>
+#include <benchmarks/rows.hpp>
+#include <models/norvaX3/norvaX3.hpp>
+#include <service/KinetraRigidBodySystem.hpp>
+
+namespace {
+
+using lumo::State;
+
+/// What a state is reduced to: nothing moves; the root stays at the world's origin.
+State atRest(State x) {
+  x.dq = 0.0F;
+  x.ddq = 0.0F;
+  return x;
+}
+State withFixedRoot(State x) {
+  x.q.head<6>() = 0.0F;
+  x.dq.head<6>() = 0.0F;
+  x.ddq.head<6>() = 0.0F;
+  return x;
+}
+
+/// The largest differences found between a peer and us, in multiples of float's epsilon and the quantity's size.
+class Agreement {
+ public:
+  Agreement(std::string peer, lumo::Peer& theirs) : peer_(std::move(peer)) {
+    lumo::KinetraRigidBodySystem<kinetra::norvaX3> ours;
+    compare("mass", Eigen::VectorXd::Constant(1, static_cast<double>(ours.getMass())),
+            Eigen::VectorXd::Constant(1, theirs.mass()));
+    for (const State& original : lumo::states()) {
+      const State x = theirs.floats() ? original : withFixedRoot(original);
+      x.set(ours);
+      ours.computeFwdKinematics();
+      const OX::Math::Position3D com = ours.getComPosition();
+      compare("centre of mass", Eigen::Vector3f(com.x, com.y, com.z).cast<double>(), theirs.com(x));
+      for (const State& y : {atRest(x), x}) {
+        y.set(ours);
+        ours.computeInverseDynamics();
+        const lumo::FloatView torques = ours.getJointAnglesTorque();
+        compare(y.dq.isZero() ? "gravity torque" : "torque",
+                Eigen::Map<const Eigen::Matrix<float, 15, 1>>(torques.begin()).cast<double>(), theirs.torques(y));
+      }
+    }
+  }
+
+  double worst() const { return worst_; }
+
+ private:
+  static constexpr double epsilon = 0x1p-23;
+  static constexpr double tolerance = 16.0;  // 5 was the most that was found
+
+  void compare(const char* what, const Eigen::VectorXd& ours, const Eigen::VectorXd& theirs) {
+    const double size = theirs.lpNorm<Eigen::Infinity>();
+    for (Eigen::Index i = 0; i < ours.size(); ++i) {
+      const double difference = std::abs(ours[i] - theirs[i]) / (epsilon * size);
+      if (!(difference <= tolerance)) {
+        throw std::runtime_error(fmt::format("{} disagrees and is not timed: {}, element {}, is {} there, {} here",
+                                             peer_, what, i, theirs[i], ours[i]));
+      }
+      worst_ = std::max(worst_, difference);
+    }
+  }
+
+  std::string peer_;
+  double worst_ = 0.0;
+};
+
+int run(int argc, char** argv) {
+  std::vector<std::unique_ptr<lumo::Peer>> peers;
+  for (const std::string name : {"MuJoCo", "Orocos KDL"}) {
+    const auto& installed = lumo::InstalledPeer::all();
+    const auto found =
+        std::find_if(installed.begin(), installed.end(), [&](const auto& peer) { return peer.name == name; });
+    if (found == installed.end()) {
+      fmt::print(stderr, "{} is left out: it was not installed when this program was built.\n", name);
+      continue;
+    }
+    lumo::Peer& peer = *peers.emplace_back(found->make());
+    const Agreement agreement(name, peer);
+    benchmark::AddCustomContext(
+        name, fmt::format("{}, agrees within {:.0f} float epsilons", peer.version(), agreement.worst()));
+    peer.addRows(name);
+  }
+  return peers.empty() ? 0 : lumo::runRows(argc, argv);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (const std::exception& error) {
+    fmt::print(stderr, "bench_peers: {}\n", error.what());
+    return 1;
+  }
+}
