@@ -84,10 +84,9 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states) {
 
 void run(int argc, char** argv) {
   CLI::App app{"Prints a hash of every kind of result over many states, to compare builds bit for bit.", "lumo-digest"};
-  std::filesystem::path file = lumo::ownPlugin();
+  std::filesystem::path file;
   std::uint64_t states = 2000;
-  app.add_option("--plugin", file, "The plug-in to load, by default ../lib/lumo/norvaX3.so beside this program")
-      ->type_name("FILE");
+  lumo::addPluginOption(app, file);
   app.add_option("--states", states, "How many states")->capture_default_str();
   if (!lumo::parse(app, argc, argv)) return;
 
