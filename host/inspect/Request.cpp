@@ -104,8 +104,8 @@ std::optional<Request> readRequest(int argc, char** argv) {
       ->group("What is shown")
       ->needs(svg);
   app.footer(
-      "\nExample: the head turned left, a weight of 10 N in the right hand\n"
-      "  lumo-inspect --joint HeadYaw=0.5 --wrench RWristYaw=0,0,-10,0,0,0 --svg robot.svg");
+      "\nExample: the head turned left, 10 N pressing the right hand down\n"
+      "  lumo-inspect --joint HeadYaw=0.5 --wrench RWristYaw=0,-10,0,0,0,0 --svg robot.svg");
   if (!parse(app, argc, argv)) return std::nullopt;
 
   const auto toJointValue = [](const char* wanted) {
