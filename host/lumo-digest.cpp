@@ -84,11 +84,10 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float sca
 
 void run(int argc, char** argv) {
   CLI::App app{"Prints a hash of every kind of result over many states, to compare builds bit for bit.", "lumo-digest"};
-  std::filesystem::path file = lumo::ownPlugin();
+  std::filesystem::path file;
   std::uint64_t states = 2000;
   float scale = 1.0F;
-  app.add_option("--plugin", file, "The plug-in to load, by default ../lib/lumo/norvaX3.so beside this program")
-      ->type_name("FILE");
+  lumo::addPluginOption(app, file);
   app.add_option("--states", states, "How many states")->capture_default_str();
   app.add_option("--scale", scale, "Times what the inputs are: angles within 3 rad, and the like")
       ->capture_default_str();

@@ -7,7 +7,8 @@ trap '(( $? == 0 )) || echo "$(basename "$0") failed while $step." >&2' EXIT
 # Installs what the build needs, and the packages named, where this Debian lacks them. Asks for nothing when nothing is
 # missing.
 install_missing() {
-  local packages=(g++ cmake ninja-build binutils libeigen3-dev libboost-dev libgtest-dev libfmt-dev libcli11-dev "$@")
+  local packages=(g++ cmake ninja-build binutils libeigen3-dev libboost-dev libgtest-dev libfmt-dev libcli11-dev
+    nlohmann-json3-dev "$@")
   [[ ${CXX:-} != *clang* ]] || packages+=(clang libclang-rt-14-dev)
 
   step="looking for installed packages"

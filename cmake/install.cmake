@@ -1,0 +1,34 @@
+# What `cmake --install` and `cpack -G DEB` put where. The tree can be moved as a whole: nothing in it knows its place.
+include(CMakePackageConfigHelpers)
+
+install(TARGETS lumo_norvaX3 LIBRARY DESTINATION lib/lumo)
+install(TARGETS lumo-inspect lumo-digest RUNTIME DESTINATION bin)
+install(FILES service/RigidBodySystem.hpp DESTINATION include/service)
+install(FILES host/Plugin.hpp DESTINATION include/host)
+
+# find_package(lumo) gives the target lumo::interface, and the plug-in's file as lumo_PLUGIN. The stand-in for the math
+# library installs itself as lumo::oxmath; a host's own library is the host's to bring, as a target oxmath.
+if(LUMO_OXMATH STREQUAL "${PROJECT_SOURCE_DIR}/oxmath")
+  set(LUMO_HAS_STAND_IN ON)
+else()
+  set(LUMO_HAS_STAND_IN OFF)
+endif()
+set_target_properties(lumo_interface PROPERTIES EXPORT_NAME interface)
+install(TARGETS lumo_interface EXPORT lumo)
+install(EXPORT lumo NAMESPACE lumo:: FILE lumoTargets.cmake DESTINATION lib/cmake/lumo)
+configure_package_config_file(cmake/lumoConfig.cmake.in ${PROJECT_BINARY_DIR}/lumoConfig.cmake
+  INSTALL_DESTINATION lib/cmake/lumo)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/lumoConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/lumoConfig.cmake ${PROJECT_BINARY_DIR}/lumoConfigVersion.cmake
+  DESTINATION lib/cmake/lumo)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_CONTACT "The lumo developers <lumo@example.org>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_PACKAGE_DEPENDS "libeigen3-dev (>= 3.4)")
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)  # adds the libraries that the binaries need
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/lib)
+include(CPack)

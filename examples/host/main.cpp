@@ -1,0 +1,57 @@
+// A host: loads the plug-in, sets a state, computes, reads, clones. Give it another plug-in as its argument.
+
+#include <exception>
+#include <iostream>
+#include <vector>
+
+#include <host/Plugin.hpp>
+
+namespace {
+
+void run(const char* file) {
+  const lumo::Plugin plugin(file);
+  const lumo::Plugin::Object robot = plugin.create();
+
+  // Names are looked up once, before the control loop. An unknown one throws std::out_of_range.
+  const std::size_t shoulder = robot->getJointAngleId("RShoulderPitch"), elbow = robot->getJointAngleId("RElbowRoll");
+  const std::size_t knee = robot->getJointAngleId("KneePitch"), hand = robot->getBodyId("RWristYaw");
+
+  // Set: the torso 0.75 m above the ground, the right elbow bent and moving, 10 N pressing the right hand down (in the
+  // hand's own frame, whose y axis points up here). What is not set stays as it is, at first zero.
+  robot->setRootPose(OX::Math::transformFromPosition6D({0, 0, 0.75F, 0, 0, 0}));
+  robot->setJointAnglePos(elbow, 0.5F);
+  robot->setJointAngleVel(elbow, -1.0F);
+  robot->setExternalWrench(hand, std::vector<float>{0, -10, 0, 0, 0, 0});
+
+  // Compute: nothing else refreshes a result.
+  robot->computeFwdKinematics();
+  robot->computeGeneralizedMass();
+  robot->computeInverseDynamics();
+
+  // Read. References show what later computations write.
+  const OX::Math::Transform& wrist = robot->getPose(hand);
+  const OX::Math::Position3D& com = robot->getComPosition();
+  std::cout << "wrist at x = " << wrist.m[0][3] << " m, z = " << wrist.m[2][3] << " m\n"
+            << "centre of mass at z = " << com.z << " m\n"
+            << "shoulder torque " << robot->getJointAngleTorque(shoulder) << " N m\n"
+            << "knee inertia " << robot->getGeneralizedMass()(knee + 6, knee + 6) << " kg m^2\n";
+
+  // A clone has the same state and results, and shares nothing: one to control, one to plan with.
+  const auto plan = robot->clone();
+  plan->setJointAnglePos(knee, 0.4F);
+  plan->computeFwdKinematics();
+  std::cout << "with a bent knee the centre of mass would be at x = " << plan->getComPosition().x << " m, not " << com.x
+            << " m\n";
+}  // The clone and the robot are destroyed, then the plug-in is unloaded.
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    run(argc > 1 ? argv[1] : LUMO_PLUGIN);
+    return 0;
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 1;
+  }
+}

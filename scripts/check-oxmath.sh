@@ -1,0 +1,13 @@
+#!/bin/bash
+# Builds the plug-in for another math library than the stand-in, and runs the plug-in's tests with it.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+
+install_missing
+step="configuring with another math library"
+cmake --preset release -B build/othermath -DLUMO_OXMATH="$PWD/tests/fixtures/othermath"
+step="building with another math library"
+cmake --build build/othermath --target tests/plugin/all
+step="testing with another math library"
+ctest --test-dir build/othermath/tests/plugin --output-on-failure --no-tests=error -j "$(nproc)"
+echo "The plug-in works with another math library."
