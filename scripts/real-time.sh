@@ -64,7 +64,8 @@ sort -s -k 1,1 "$folder/counts" | awk '
     printf "%-34s %5s %24s   %s\n", "operation", "calls", "of its own", "of sine and cosine"
     for (i = 1; i <= n; ++i) {
       op = order[i]
-      printf "%-34s %5d %24s   %s\n", op, calls[op], span(least[op], most[op]) by_body[op], span(libm_least[op], libm_most[op])
+      own = span(least[op], most[op]) by_body[op]
+      printf "%-34s %5d %24s   %s\n", op, calls[op], own, span(libm_least[op], libm_most[op])
     }
     for (op in varies) { print "The state changes the count of " op; failed = 1 }
     exit failed || n != 6
