@@ -1,6 +1,7 @@
 // lumo-accuracy: compares every kind of result with the tests' double-precision oracle over many random states, and
 // prints the errors beside those that docs/accuracy.md states. It links the model and loads no plug-in.
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdint>
