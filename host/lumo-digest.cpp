@@ -65,6 +65,24 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float sca
     torques.add(robot.getJointAnglesTorque().begin(), robot.getNbJointAngles());
   }
 
+  // Last, with the bodies' inertias replaced one after another, for the whole process.
+  Hash otherInertias;
+  for (std::uint64_t seed = 0; seed < states / 10; ++seed) {
+    const lumo::State state(seed, scale);
+    const float* x = state.ddq.data();
+    const Eigen::Matrix3f inertia = Eigen::Matrix3f::Map(x + 4) * 0.01F;
+    robot.setBodyInertia(seed % bodies, 1.0F + 0.05F * x[0], {0.01F * x[1], 0.01F * x[2], 0.01F * x[3]}, inertia);
+    state.set(robot);
+    robot.computeFwdKinematics();
+    robot.computeGeneralizedMass();
+    robot.computeInverseDynamics();
+    otherInertias.add(robot.getComPositionInRoot());
+    otherInertias.add(robot.getGeneralizedMass().data(), 21 * 21);
+    otherInertias.add(robot.getJointAnglesTorque().begin(), robot.getNbJointAngles());
+    const float masses[] = {robot.getMass(), robot.getPartialMass(1)};
+    otherInertias.add(masses, 2);
+  }
+
   std::string text;
   const auto line = [&text](const char* kind, const Hash& hash) {
     text += fmt::format("{:24} {:016x}\n", kind, hash.value());
@@ -79,6 +97,7 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float sca
   line("partial centres of mass", partialComs);
   line("partial com Jacobians", partialJacobians);
   line("torques", torques);
+  line("with other inertias", otherInertias);
   return text;
 }
 
