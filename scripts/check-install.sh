@@ -41,4 +41,9 @@ apt-get install --simulate -qq "$package" >/dev/null # whether its dependencies 
 dpkg-deb --extract "$package" "$work/root"
 use "$work/root/usr"
 dpkg-deb --field "$package" Package Version Depends
+step="comparing the pictures in docs/ with what the inspector draws"
+build/release/bin/lumo-inspect --svg "$work/robot.svg" >/dev/null
+build/release/bin/lumo-inspect --root 0,0,0.75,0,0,0 --axes --svg "$work/axes.svg" >/dev/null
+cmp "$work/robot.svg" docs/robot.svg
+cmp "$work/axes.svg" docs/axes.svg
 echo "The installed tree and the Debian package work."

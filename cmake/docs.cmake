@@ -1,0 +1,16 @@
+# The target docs: build/release/docs/html/index.html, from the headers that a host includes.
+find_package(Doxygen QUIET)
+if(DOXYGEN_FOUND)
+  set(DOXYGEN_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/docs)
+  set(DOXYGEN_PROJECT_BRIEF "${PROJECT_DESCRIPTION}")
+  set(DOXYGEN_JAVADOC_AUTOBRIEF YES)
+  set(DOXYGEN_EXTRACT_ALL YES)
+  set(DOXYGEN_SORT_MEMBER_DOCS NO)
+  set(DOXYGEN_DISABLE_INDEX NO)
+  set(DOXYGEN_STRIP_FROM_PATH ${PROJECT_SOURCE_DIR})
+  set(DOXYGEN_HAVE_DOT NO)
+  set(DOXYGEN_QUIET YES)
+  set(DOXYGEN_WARN_AS_ERROR FAIL_ON_WARNINGS)
+  doxygen_add_docs(docs service/RigidBodySystem.hpp host/Plugin.hpp oxmath/oxmath.h
+    WORKING_DIRECTORY ${PROJECT_SOURCE_DIR})
+endif()
