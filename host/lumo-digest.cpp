@@ -70,7 +70,7 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float sca
   for (std::uint64_t seed = 0; seed < states / 10; ++seed) {
     const lumo::State state(seed, scale);
     const float* x = state.ddq.data();
-    const Eigen::Matrix3f inertia = Eigen::Matrix3f::Map(x + 4) * 0.01F;
+    const Eigen::Matrix3f inertia = Eigen::Matrix3f::Map(x + 4) * 0.0001F;
     robot.setBodyInertia(seed % bodies, 1.0F + 0.05F * x[0], {0.01F * x[1], 0.01F * x[2], 0.01F * x[3]}, inertia);
     state.set(robot);
     robot.computeFwdKinematics();
