@@ -4,9 +4,10 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 step="starting"
 trap '(( $? == 0 )) || echo "$(basename "$0") failed while $step." >&2' EXIT
 
-# Installs what the build needs and this Debian lacks. Asks for nothing when nothing is missing.
+# Installs what the build, and a script that names more, needs and this Debian lacks. Asks for nothing when nothing is
+# missing.
 install_missing() {
-  local packages=(g++ cmake ninja-build binutils libeigen3-dev libboost-dev libgtest-dev libfmt-dev libcli11-dev)
+  local packages=("$@" g++ cmake ninja-build binutils libeigen3-dev libboost-dev libgtest-dev libfmt-dev libcli11-dev)
   [[ ${CXX:-} != *clang* ]] || packages+=(clang libclang-rt-14-dev)
 
   step="looking for installed packages"
