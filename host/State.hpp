@@ -14,7 +14,7 @@ namespace lumo {
 /// root's pitch within 1.5), rates within 3 and accelerations within 10 per second, wrenches within 10 N and N m; all
 /// of them times `scale`.
 struct State {
-  explicit State(std::uint64_t seed, float scale = 1.0F) : bits(seed) {
+  explicit State(std::uint64_t seed, float scale = 1.0F) : bits_(seed) {
     for (float& x : q) x = next(3.0F * scale);
     q[4] *= 0.5F;
     for (float& x : dq) x = next(3.0F * scale);
@@ -44,15 +44,15 @@ struct State {
  private:
   /// Uniform in [-size, size). The generator is splitmix64.
   float next(float size) {
-    bits += 0x9e3779b97f4a7c15U;
-    std::uint64_t z = bits;
+    bits_ += 0x9e3779b97f4a7c15U;
+    std::uint64_t z = bits_;
     z = (z ^ (z >> 30U)) * 0xbf58476d1ce4e5b9U;
     z = (z ^ (z >> 27U)) * 0x94d049bb133111ebU;
     z ^= z >> 31U;
     return (static_cast<float>(z >> 40U) * 0x1p-23F - 1.0F) * size;
   }
 
-  std::uint64_t bits;
+  std::uint64_t bits_;
 };
 
 }  // namespace lumo

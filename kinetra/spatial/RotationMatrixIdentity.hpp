@@ -11,6 +11,7 @@ class RotationMatrixIdentity {
   using Vector = Eigen::Vector3f;  ///< of a translation that stands beside it
 
   /// k is left unset.
+  // cppcheck-suppress uninitMemberVar ; on purpose: tables of placements are filled when they are built
   RotationMatrixIdentity() = default;
   explicit RotationMatrixIdentity(float k) : k_(k) {}
 

@@ -58,18 +58,18 @@ class Input {
     const std::uint8_t kind = byte();
     if (kind >= 'A' && kind <= 'Z') return values[kind - 'A'];
     const std::uint8_t bytes[sizeof(float)] = {byte(), byte(), byte(), byte()};
-    float value;
-    std::memcpy(&value, bytes, sizeof value);
-    return value;
+    float result;
+    std::memcpy(&result, bytes, sizeof result);
+    return result;
   }
   /// A value that consists of floats.
   template <class Value>
   Value value() {
     float numbers[sizeof(Value) / sizeof(float)];
     for (float& x : numbers) x = number();
-    Value value;
-    std::memcpy(static_cast<void*>(&value), numbers, sizeof value);
-    return value;
+    Value result;
+    std::memcpy(static_cast<void*>(&result), numbers, sizeof result);
+    return result;
   }
 
  private:
@@ -104,7 +104,7 @@ struct Calls {
     const char call = static_cast<char>('a' + (letter + 7) % 26);  // a letter from a to z stands for itself
     const bool allocates = std::strchr("abuz", call) != nullptr || (call == 't' && J.cols() != 21);
     const std::size_t before = allocations;
-    const Environment environment;
+    const Environment environment{};
     make(call, objects[in.index(3)], in);
     require(allocates || allocations == before, "allocates", call);
     require(environment == Environment(), "changes the floating-point environment", call);

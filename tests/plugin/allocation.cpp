@@ -19,9 +19,11 @@ static bool fails() {
 static void* counted(void* block) { return blocks += block != nullptr, block; }
 
 extern "C" {
+// NOLINTBEGIN(bugprone-reserved-identifier): they are the C library's own.
 void *__libc_malloc(std::size_t), *__libc_calloc(std::size_t, std::size_t);
 void *__libc_realloc(void*, std::size_t), *__libc_memalign(std::size_t, std::size_t);
 void __libc_free(void*);
+// NOLINTEND(bugprone-reserved-identifier)
 
 void* malloc(std::size_t n) noexcept { return fails() ? nullptr : counted(__libc_malloc(n)); }
 void* calloc(std::size_t count, std::size_t n) noexcept { return fails() ? nullptr : counted(__libc_calloc(count, n)); }
