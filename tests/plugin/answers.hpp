@@ -1,36 +1,33 @@
 #pragma once
 
-#include <tests/plugin/support.hpp>
+#include <algorithm>
+#include <string>
+
+#include <service/RigidBodySystem.hpp>
 
 namespace lumo::test {
 
 /// The bits of everything that an object answers with, and of what it computes on the spot.
-inline std::string answers(Host& system) {
+template <class System>
+std::string answers(System& o) {
   std::string bits;
-  const auto add = [&bits](const void* values, std::size_t size) {
-    bits.append(static_cast<const char*>(values), size);
-  };
-  const auto addView = [&](const FloatView& view) { add(view.first, view.size() * sizeof(float)); };
-  const auto addMatrix = [&](const auto& m) { addView({m.data(), m.data() + m.size()}); };
-  const auto addValue = [&](const auto& value) { add(&value, sizeof value); };
-  for (const FloatView& view : {system.getJointAnglesPos(), system.getJointAnglesVel(), system.getJointAnglesAcc(),
-                                system.getJointAnglesTorque()}) {
-    addView(view);
+  const auto add = [&bits](const auto& x) { bits.append(reinterpret_cast<const char*>(&x), sizeof x); };
+  const auto addAll = [&add](const auto& values) { std::for_each(values.begin(), values.end(), add); };
+  for (const FloatView& view :
+       {o.getJointAnglesPos(), o.getJointAnglesVel(), o.getJointAnglesAcc(), o.getJointAnglesTorque()}) {
+    addAll(view);
   }
-  addValue(system.getRootVelocity()), addValue(system.getRootAcceleration()), addValue(system.getVolatilePose(0));
-  addValue(system.getComPosition()), addValue(system.getComPositionInRoot()), addValue(system.getMass());
-  addMatrix(system.getJacobianInRoot()), addMatrix(system.getGeneralizedMass());
-  Jacobian J;
-  for (std::size_t b = 0; b < nb_bodies; ++b) {
-    addValue(system.getPose(b)), addValue(system.getPoseInRoot(b)), addValue(system.getComPosition(b));
-    addValue(system.computePartialComPositionInRoot(b));
-    system.computePartialComJacobian(b, J);
-    addMatrix(J);
+  add(o.getRootVelocity()), add(o.getRootAcceleration()), add(o.getMass()), add(o.getComPositionInRoot());
+  add(o.getComPosition()), add(o.getVolatilePose(0)), add(o.getPose(static_cast<std::size_t>(-1)));
+  addAll(o.getJacobianInRoot().reshaped()), addAll(o.getGeneralizedMass().reshaped());
+  Eigen::Matrix<float, 3, Eigen::Dynamic> J;
+  for (std::size_t b = 0; b < o.getNbBodies(); ++b) {
+    add(o.getPose(b)), add(o.getPoseInRoot(b)), add(o.getMass(b)), add(o.getPartialMass(b)), add(o.getComPosition(b));
+    add(o.computePartialComPositionInRoot(b)), o.computePartialComJacobian(b, J), addAll(J.reshaped());
+    add(o.getBodyId(o.getBodyName(b))), add(b == 0 ? 0 : o.getJointAngleId(o.getJointAngleName(b - 1)));
   }
-  for (const auto& table : {system.getParentsVector(), system.getDofNumbersVector(), system.getDofIndexesVector()}) {
-    add(table.data(), table.size() * sizeof table[0]);
-  }
-  return bits;
+  addAll(o.getParentsVector()), addAll(o.getDofNumbersVector()), addAll(o.getDofIndexesVector());
+  return bits += o.getRootName() + o.getName();
 }
 
 }  // namespace lumo::test
