@@ -8,8 +8,10 @@ install_missing dpkg-dev file doxygen
 home=$(mktemp -d)
 trap 'code=$?; rm -rf "$home"; (( code == 0 )) || echo "$(basename "$0") failed while $step." >&2' EXIT
 
-mapfile -t commands < <(awk '/^```/ { fenced = !fenced } !fenced && /^ {4,}[^ |]/ { sub(/^ +/, ""); print }' \
+step="looking for commands"
+mapfile -t commands < <(awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]/ { sub(/^ +/, ""); print }' \
   README.md docs/*.md | grep -v -e '^scripts/' -e '^sudo ')
+(( ${#commands[@]} > 10 ))
 for command in "${commands[@]}"; do
   step="running $command"
   echo "$command"
