@@ -4,8 +4,8 @@
 #include <host/inspect/Report.hpp>
 #include <host/inspect/Request.hpp>
 #include <host/inspect/setState.hpp>
+#include <host/inspect/svg/toSvg.hpp>
 #include <host/inspect/toJson.hpp>
-#include <host/inspect/toSvg.hpp>
 #include <host/inspect/toText.hpp>
 #include <host/program.hpp>
 

@@ -10,6 +10,8 @@
 #include <string>
 #include <system_error>
 
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
@@ -41,8 +43,9 @@ inline void write(const std::string& text) {
 inline void writeFile(const std::filesystem::path& path, const std::string& text) {
   std::error_code ignored;
   const bool replace = !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
-  const auto target = replace ? std::filesystem::weakly_canonical(path, ignored) : path;
-  const std::string file = replace ? target.string() + ".part" : target.string();
+  const auto canonical = std::filesystem::weakly_canonical(path, ignored);  // a link stays, its file is replaced
+  const auto target = replace && !canonical.empty() ? canonical : path;
+  const std::string file = replace ? fmt::format("{}.{}.part", target.string(), getpid()) : target.string();
   const auto check = [&](bool good) {
     if (good) return;
     const std::string reason = std::strerror(errno);

@@ -1,0 +1,16 @@
+#pragma once
+
+namespace lumo::inspect {
+
+// The page, in its own units: two views side by side, each with a column of names on either side.
+inline constexpr double pageWidth = 1120, viewWidth = pageWidth / 2, nameWidth = 132, margin = 24;
+inline constexpr double top = 92, bottom = 84, figureHeight = 560, lineHeight = 15;
+inline constexpr double figureWidth = viewWidth - 2 * (nameWidth + margin);
+
+inline constexpr const char* ink = "#2b303b";
+inline constexpr const char* faint = "#8d96a3";
+inline constexpr const char* accent = "#c2203a";
+inline constexpr const char* rootColour = "#4a5261";
+inline constexpr const char* limbColours[] = {"#7a5ba8", "#12907c", "#3f6fb0", "#d9772b", "#a8871c", "#4d8f3a"};
+
+}  // namespace lumo::inspect

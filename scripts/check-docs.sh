@@ -1,0 +1,22 @@
+#!/bin/bash
+# Runs the commands that README.md and docs/ tell a host's developer to copy, one after another, with a home folder of
+# their own. Those of scripts/ are checks themselves; those that need another user are left out.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+
+install_missing dpkg-dev file doxygen
+home=$(mktemp -d)
+trap 'code=$?; rm -rf "$home"; (( code == 0 )) || echo "$(basename "$0") failed while $step." >&2' EXIT
+
+step="looking for commands"
+mapfile -t commands < <(awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]/ { sub(/^ +/, ""); print }' \
+  README.md docs/*.md | grep -v -e '^scripts/' -e '^sudo ')
+(( ${#commands[@]} > 10 ))
+for command in "${commands[@]}"; do
+  step="running $command"
+  echo "$command"
+  HOME=$home bash -c "set -eu; $command" >"$home/log" 2>&1 || { cat "$home/log"; exit 1; }
+done
+step="writing the reference of the public headers"
+cmake --build --preset release --target docs
+echo "The commands of README.md and docs/ work."
