@@ -10,9 +10,9 @@ namespace lumo {
 template <class Value>
 std::array<float, sizeof(Value) / sizeof(float)> toFloats(const Value& value) {
   static_assert(std::is_trivially_copyable_v<Value> && sizeof(Value) % sizeof(float) == 0);
-  std::array<float, sizeof(Value) / sizeof(float)> floats;
-  std::memcpy(floats.data(), &value, sizeof(Value));
-  return floats;
+  std::array<float, sizeof(Value) / sizeof(float)> values;
+  std::memcpy(values.data(), &value, sizeof(Value));
+  return values;
 }
 
 }  // namespace lumo

@@ -112,8 +112,7 @@ TEST(Allocation, FailureArrivesAndLosesNothing) {
   compute(*object);
   EXPECT_EQ(failedIn(*object, [&] { plugin.create(); }), 6U);
   EXPECT_EQ(failedIn(*object, [&] { object->clone(); }), 6U);
-  for (const auto table : {&lumo::RigidBodySystem::getParentsVector, &lumo::RigidBodySystem::getDofNumbersVector,
-                           &lumo::RigidBodySystem::getDofIndexesVector}) {
+  for (const auto table : {&Host::getParentsVector, &Host::getDofNumbersVector, &Host::getDofIndexesVector}) {
     EXPECT_EQ(failedIn(*object, [&] { (*object.*table)(); }), 1U);
   }
   EXPECT_EQ(failedIn(*object, [&] { object->getName(); }), 0U);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 
 #include <fmt/format.h>
 
@@ -36,19 +35,18 @@ text {{font-size: 12px}}
 /// The ground with what it is called, and a rule of the greatest length that is a round number and not too long.
 std::string groundAndScale(const Place& place, const Extent& extent) {
   std::string text;
-  const auto out = std::back_inserter(text);
-  fmt::format_to(out, "<path d='M{} {:.1f}H{}' stroke='{}' stroke-width='1.5'/>\n", margin, place.groundY,
-                 pageWidth - margin, faint);
-  fmt::format_to(out, "<path d='");
+  text += fmt::format("<path d='M{} {:.1f}H{}' stroke='{}' stroke-width='1.5'/>\n", margin, place.groundY,
+                      pageWidth - margin, faint);
+  text += fmt::format("<path d='");
   for (double x = margin + 8; x <= pageWidth - margin; x += 12) {
-    fmt::format_to(out, "M{} {:.1f}l-8 8", x, place.groundY);
+    text += fmt::format("M{} {:.1f}l-8 8", x, place.groundY);
   }
-  fmt::format_to(out, "' stroke='{}' stroke-width='0.8'/>\n", faint);
+  text += fmt::format("' stroke='{}' stroke-width='0.8'/>\n", faint);
   const double low = extent.least.y(), high = extent.most.y();
   const std::string where = place.ground > 0   ? fmt::format(", {:.3g} m down", low)
                             : place.ground < 0 ? fmt::format(", {:.3g} m up", -high)
                                                : "";
-  fmt::format_to(out, "<text class='note' x='{}' y='{:.1f}'>ground, z = 0{}</text>\n", margin, place.baseY + 26, where);
+  text += fmt::format("<text class='note' x='{}' y='{:.1f}'>ground, z = 0{}</text>\n", margin, place.baseY + 26, where);
 
   double length = 10;
   for (const double shorter : {5.0, 2.0, 1.0, 0.5, 0.2, 0.1}) {
@@ -56,15 +54,15 @@ std::string groundAndScale(const Place& place, const Extent& extent) {
   }
   const double step = length * place.scale / 5;
   const double x = (pageWidth - length * place.scale) / 2, y = place.baseY + bottom - 40;
-  fmt::format_to(out, "<rect x='{:.1f}' y='{:.1f}' width='{:.1f}' height='6' fill='white' stroke='{}'/>\n", x, y,
-                 length * place.scale, ink);
+  text += fmt::format("<rect x='{:.1f}' y='{:.1f}' width='{:.1f}' height='6' fill='white' stroke='{}'/>\n", x, y,
+                      length * place.scale, ink);
   for (int i = 0; i < 5; i += 2) {
-    fmt::format_to(out, "<rect x='{:.1f}' y='{:.1f}' width='{:.1f}' height='6' fill='{}'/>\n", x + i * step, y, step,
-                   ink);
+    text +=
+        fmt::format("<rect x='{:.1f}' y='{:.1f}' width='{:.1f}' height='6' fill='{}'/>\n", x + i * step, y, step, ink);
   }
   for (int i = 0; i <= 5; i += step < 34 ? 5 : 1) {
-    fmt::format_to(out, "<text class='note' x='{:.1f}' y='{:.1f}' text-anchor='middle'>{:g}{}</text>\n", x + i * step,
-                   y + 21, length * i / 5, i == 5 ? " m" : "");
+    text += fmt::format("<text class='note' x='{:.1f}' y='{:.1f}' text-anchor='middle'>{:g}{}</text>\n", x + i * step,
+                        y + 21, length * i / 5, i == 5 ? " m" : "");
   }
   return text;
 }
@@ -90,16 +88,15 @@ std::string toSvg(const Report& report, const Drawing& drawing) {
   right.middle += viewWidth;
 
   std::string text;
-  const auto out = std::back_inserter(text);
-  fmt::format_to(out, fmt::runtime(style), pageWidth, pageHeight, ink, faint, accent);
-  fmt::format_to(out, "<text class='title' x='{}' y='36'>{}</text>\n", margin, escaped(drawing.title));
+  text += fmt::format(fmt::runtime(style), pageWidth, pageHeight, ink, faint, accent);
+  text += fmt::format("<text class='title' x='{}' y='36'>{}</text>\n", margin, escaped(drawing.title));
 
-  fmt::format_to(out, "<text class='note' x='{}' y='56'>{:.3f} kg in {} bodies</text>\n", margin, report.mass,
-                 report.bodies.size());
+  text += fmt::format("<text class='note' x='{}' y='56'>{:.3f} kg in {} bodies</text>\n", margin, report.mass,
+                      report.bodies.size());
   text += groundAndScale(left, front.extent());
-  fmt::format_to(out, "<text class='note' x='{}' y='36' text-anchor='end'>{}</text>\n", pageWidth - margin,
-                 drawing.axes ? "an axis points at you: a dot; away from you: a cross"
-                              : "shaded: each body’s mass as a ball of water");
+  text += fmt::format("<text class='note' x='{}' y='36' text-anchor='end'>{}</text>\n", pageWidth - margin,
+                      drawing.axes ? "an axis points at you: a dot; away from you: a cross"
+                                   : "shaded: each body’s mass as a ball of water");
   text += front.draw("FRONT", left);
   text += side.draw("RIGHT SIDE", right);
   text += "</svg>\n";
