@@ -64,7 +64,7 @@ TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
   };
   const auto computations = [&, &s = *object] {
     compute(s);
-    for (Size b = 0; b <= nb_bodies; ++b) s.computePartialComJacobian(b, J), s.computePartialComPositionInRoot(b);
+    for (const Size b : {0U, 3U, 16U}) s.computePartialComJacobian(b, J), s.computePartialComPositionInRoot(b);
   };
   const auto queries = [&, &s = *object] {
     (void)s.getRootName(), s.getBodyName(1), s.getJointAngleName(1), s.getBodyId(name), s.getJointAngleId(name);

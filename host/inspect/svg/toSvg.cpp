@@ -38,8 +38,8 @@ std::string groundAndScale(const Place& place, const Extent& extent) {
   text += fmt::format("<path d='M{} {:.1f}H{}' stroke='{}' stroke-width='1.5'/>\n", margin, place.groundY,
                       pageWidth - margin, faint);
   text += fmt::format("<path d='");
-  for (double x = margin + 8; x <= pageWidth - margin; x += 12) {
-    text += fmt::format("M{} {:.1f}l-8 8", x, place.groundY);
+  for (int i = 0; margin + 8 + 12 * i <= pageWidth - margin; ++i) {
+    text += fmt::format("M{} {:.1f}l-8 8", margin + 8 + 12 * i, place.groundY);
   }
   text += fmt::format("' stroke='{}' stroke-width='0.8'/>\n", faint);
   const double low = extent.least.y(), high = extent.most.y();
