@@ -40,8 +40,8 @@ std::string groundAndScale(const Place& place, const Extent& extent) {
   fmt::format_to(out, "<path d='M{} {:.1f}H{}' stroke='{}' stroke-width='1.5'/>\n", margin, place.groundY,
                  pageWidth - margin, faint);
   fmt::format_to(out, "<path d='");
-  for (double x = margin + 8; x <= pageWidth - margin; x += 12) {
-    fmt::format_to(out, "M{} {:.1f}l-8 8", x, place.groundY);
+  for (int stroke = 0; margin + 8 + stroke * 12 <= pageWidth - margin; ++stroke) {
+    fmt::format_to(out, "M{} {:.1f}l-8 8", margin + 8 + stroke * 12, place.groundY);
   }
   fmt::format_to(out, "' stroke='{}' stroke-width='0.8'/>\n", faint);
   const double low = extent.least.y(), high = extent.most.y();
