@@ -43,7 +43,7 @@ TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
   };
   const auto computations = [&, &s = *object] {
     compute(s);
-    for (std::size_t b : {0, 3, 16}) s.computePartialComJacobian(b, J), s.computePartialComPositionInRoot(b);
+    for (std::size_t b : {0U, 3U, 16U}) s.computePartialComJacobian(b, J), s.computePartialComPositionInRoot(b);
   };
   const auto queries = [&, &s = *object] {
     (void)s.getRootName(), s.getBodyName(1), s.getJointAngleName(1), s.getBodyId(name), s.getJointAngleId(name);
