@@ -89,12 +89,13 @@ TEST(Inspector, AnswersBadInputWithOneLineAndWritesNothing) {
            {"--format yaml", "yaml"},
            {"--svg no/such/picture.svg", "no/such/picture.svg"},
        }) {
-    const std::string other = input.find("--svg") == 0 ? "" : " --svg " + picture.string();
-    const auto [error, accepted] = output(LUMO_INSPECT " " + input + other + " 2>&1 >/dev/null");
+    std::string command = LUMO_INSPECT " ";
+    command.append(input).append(input.find("--svg") == 0 ? "" : " --svg " + picture.string());
+    const auto [error, accepted] = output(command + " 2>&1 >/dev/null");
     EXPECT_FALSE(accepted) << input;
     EXPECT_EQ(error.find('\n'), error.size() - 1) << error;
     EXPECT_NE(error.find(hint), std::string::npos) << error;
-    EXPECT_EQ(output(LUMO_INSPECT " " + input + other + " 2>/dev/null").first, "") << input;
+    EXPECT_EQ(output(command + " 2>/dev/null").first, "") << input;
     EXPECT_FALSE(std::filesystem::exists(picture)) << input;
   }
   EXPECT_FALSE(output(LUMO_INSPECT " 2>/dev/null >/dev/full").second);
