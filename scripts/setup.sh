@@ -1,6 +1,6 @@
 # Sourced by the scripts beside it: prepares the machine and builds presets. Needs `set -euo pipefail`.
 
-cd "$(dirname "${BASH_SOURCE[0]}")/.."
+CDPATH='' cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
 step="starting"
 trap '(( $? == 0 )) || echo "$(basename "$0") failed while $step." >&2' EXIT
 
@@ -21,7 +21,10 @@ install_missing() {
   step="installing ${missing[*]}"
   echo "Installing ${missing[*]}"
   local as_root=()
-  (( EUID == 0 )) || as_root=(sudo)
+  if (( EUID != 0 )); then
+    command -v sudo >/dev/null || { echo "Installing packages needs root, or sudo." >&2; return 1; }
+    as_root=(sudo)
+  fi
   "${as_root[@]}" apt-get update -qq
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
