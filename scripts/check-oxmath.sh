@@ -9,5 +9,6 @@ cmake --preset release -B build/othermath -DLUMO_OXMATH="$PWD/tests/fixtures/oth
 step="building with another math library"
 cmake --build build/othermath --target tests/plugin/all
 step="testing with another math library"
-ctest --test-dir build/othermath/tests/plugin --output-on-failure --no-tests=error -j "$(nproc)"
+# But for what only the stand-in promises: angles at the gimbal lock.
+ctest --test-dir build/othermath/tests/plugin --output-on-failure --no-tests=error -j "$(nproc)" -E '^OxMath'
 echo "The plug-in works with another math library."
