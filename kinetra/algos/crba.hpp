@@ -18,7 +18,7 @@ struct crba<Robot, false> {
   struct DftVisitor : internal::crba_upward<Robot_, i> {
     template <typename Derived>
     static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&) {
-      node<i>(robot).body.Iic = Robot_::inertias[i];
+      node<i>(robot).body.Iic = Spatial::Inertia::Lanes(Robot_::inertias[i]);
     }
   };
 

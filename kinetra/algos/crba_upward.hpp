@@ -12,59 +12,68 @@
 
 namespace kinetra::internal {
 
-// The steps, each one function for all nodes of the same kinds.
-
+/// One function for all nodes of the same kinds.
 template <typename Joint, typename Rotation>
 void add_inertia_to_parent(const NodeState<Joint, Rotation>& n, Spatial::Inertia& Iic_parent) {
   Iic_parent = Iic_parent + n.sXp.applyInv(n.body.Iic);
 }
 
-/// Carries a force, a column of F, to an ancestor's frame; gives S'f, S the ancestor's motion subspace.
-template <typename Rotation, typename ConstraintMotion>
-void carry(float* column, const Spatial::TransformT<Rotation>& X, const ConstraintMotion& S, float* projected) {
-  const Spatial::Force::Lanes f = X.applyInv(Spatial::Force::Lanes::load(column));
-  f.store(column);
-  S.transposeTimes(f, projected);
-}
+/// Where the results of one coordinate go: its row and column of H, and its column of F.
+struct Destination {
+  template <typename Derived>
+  Destination(Eigen::MatrixBase<Derived>& H, int dof, float* F_)
+      : row(&H.derived()(dof, 0), H.cols(), Eigen::InnerStride<>(H.derived().outerStride())),
+        column(&H.derived()(0, dof), H.rows()),
+        F(F_) {
+    static_assert(!Derived::IsRowMajor && Derived::InnerStrideAtCompileTime == 1, "H must be stored by columns");
+  }
+
+  Eigen::Map<Eigen::VectorXf, Eigen::Unaligned, Eigen::InnerStride<>> row;
+  Eigen::Map<Eigen::VectorXf> column;
+  float* F;
+};
+
+/// One step of the walk to the root, from j to its parent a: a force, one column of F, moves from j's frame to a's and
+/// meets a's joint. Where the walk began makes no difference.
+template <typename Robot, int a, int j>
+struct BwdtVisitor {
+  [[gnu::always_inline]] static void discover(Robot& robot, Spatial::Vec3& couple, Spatial::Vec3& force,
+                                              Destination* to) {
+    using Ancestor = node_t<Robot, a>;
+    constexpr int dof = Ancestor::dof_index;
+    constexpr int n = Ancestor::dof_number;
+    const Spatial::Force::Lanes f = node<j>(robot).sXp.applyInv(Spatial::Force::Lanes(couple, force));
+    node<a>(robot).joint.S.transposeTimes(f, &to->column[dof]);
+    to->row.template segment<n>(dof) = to->column.template segment<n>(dof);
+    if constexpr (a == 0) {
+      f.store(to->F);
+    }
+    couple = f.couple();
+    force = f.force();
+  }
+};
 
 template <typename Robot, int i>
 struct crba_upward {
   using Node = node_t<Robot, i>;
 
-  /// One step of the walk to the root, from j to its parent a: F(i) moves from j's frame to a's and meets a's joint.
-  template <typename, int a, int j>
-  struct BwdtVisitor {
-    template <typename Derived>
-    static void discover(Robot& robot, Eigen::MatrixBase<Derived>& H) {
-      using Ancestor = node_t<Robot, a>;
-      for (int k = 0; k < Node::dof_number; ++k) {
-        carry(&node<i>(robot).F(0, k), node<j>(robot).sXp, node<a>(robot).joint.S,
-              &H.derived()(Ancestor::dof_index, Node::dof_index + k));
-      }
-      block<Node, Ancestor>(H) = block<Ancestor, Node>(H).transpose();
-    }
-  };
-
   template <typename Derived>
   static void finish(Robot& robot, Eigen::MatrixBase<Derived>& H) {
-    static_assert(!Derived::IsRowMajor && Derived::InnerStrideAtCompileTime == 1, "H must be stored by columns");
     auto& n = node<i>(robot);
-    if constexpr (Node::parent_id >= 0) {
+    if constexpr (i > 0) {
       add_inertia_to_parent(n, node<Node::parent_id>(robot).body.Iic);
     }
-    n.F = n.body.Iic * n.joint.S;
+    const Spatial::ForceMatrix<Node::dof_number> F = n.body.Iic * n.joint.S;
     for (int k = 0; k < Node::dof_number; ++k) {
-      n.joint.S.transposeTimes(Spatial::Force::Lanes::load(&n.F(0, k)),
-                               &H.derived()(Node::dof_index, Node::dof_index + k));
+      const Spatial::Force::Lanes& f = F.columns[k];
+      Destination to(H, Node::dof_index + k, &n.F(0, k));
+      n.joint.S.transposeTimes(f, &to.column[Node::dof_index]);
+      if constexpr (i > 0) {
+        backward_traversal<BwdtVisitor, Robot, i>::run(robot, f.couple(), f.force(), &to);
+      } else {
+        f.store(to.F);
+      }
     }
-    backward_traversal<BwdtVisitor, Robot, i>::run(robot, H);
-  }
-
- private:
-  /// The block of H at the rows of one node and the columns of another.
-  template <typename Rows, typename Columns, typename Derived>
-  static auto block(Eigen::MatrixBase<Derived>& H) {
-    return H.template block<Rows::dof_number, Columns::dof_number>(Rows::dof_index, Columns::dof_index);
   }
 };
 

@@ -13,7 +13,8 @@ struct partial_crba {
   struct DftVisitor : internal::crba_upward<Robot_, i> {
     template <typename Derived>
     static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&, int excludedBody) {
-      node<i>(robot).body.Iic = excludedBody == i ? Spatial::Inertia::zero() : Robot_::inertias[i];
+      node<i>(robot).body.Iic =
+          excludedBody == i ? Spatial::Inertia::zero() : Spatial::Inertia::Lanes(Robot_::inertias[i]);
     }
     template <typename Derived>
     static void finish(Robot_& robot, Eigen::MatrixBase<Derived>& H, int) {

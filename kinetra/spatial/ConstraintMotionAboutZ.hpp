@@ -22,17 +22,17 @@ class ConstraintMotionAboutZ {
   }
 
  private:
-  Vec3 angular() const { return Vec3::load(S_.data()); }
-  Vec3 linear() const { return Vec3::load(S_.data() + 3); }
+  Vec3 angular() const { return Vec3(load4(S_.data())); }
+  Vec3 linear() const { return Vec3(shuffle<1, 2, 3, 0>(load4(S_.data() + 2))); }
 
   Eigen::Matrix<float, 6, 1> S_;
 };
 
-/// I S, a force as a column of six; formed from the pattern of S.
-inline Eigen::Matrix<float, 6, 1> operator*(const Inertia& inertia, const ConstraintMotionAboutZ&) {
-  Eigen::Matrix<float, 6, 1> F;
-  F << inertia.I[3], inertia.I[4], inertia.I[5], -inertia.h[1], inertia.h[0], 0.0F;
-  return F;
+/// I S = (I_xz, I_yz, I_zz, -h_y, h_x, 0), a single force; formed from the pattern of S.
+inline ForceMatrix<1> operator*(const Inertia::Lanes& inertia, const ConstraintMotionAboutZ&) {
+  const Float4 h = inertia.h_m;
+  const Vec3 force(shuffle<0, 2, 4, 4>(shuffle<1, 1, 4, 4>(-h, h), Float4{}));
+  return {{{inertia.I.matrix().column2, force}}};
 }
 
 }  // namespace kinetra::Spatial

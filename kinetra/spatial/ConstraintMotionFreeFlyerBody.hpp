@@ -21,40 +21,41 @@ class ConstraintMotionFreeFlyerBody {
   /// The joint's motion for a unit rate of coordinate k.
   Motion::Lanes column(int k) const { return {Vec3::load(&S_(0, k)), Vec3::load(&S_(3, k))}; }
 
-  /// S a: the joint's motion for six rates or accelerations a, linear first, S as stored.
+  /// S a: the joint's motion for six rates or accelerations a, linear first.
   Motion::Lanes operator*(const Eigen::Matrix<float, 6, 1>& a) const {
-    return times(Vec3::load(a.data()), Vec3::load(a.data() + 3));
+    const auto [angular, linear] = times({a[0], a[1], a[2]}, {a[3], a[4], a[5]});
+    return {angular, linear};
   }
 
   /// S'f, the six components of f along the joint's coordinates, into six floats. S is its own transpose.
   void transposeTimes(Force::Lanes f, float* projected) const {
-    const Motion::Lanes p = times(f.couple(), f.force());
-    p.angular().store(projected);
-    p.linear().store(projected + 3);
+    const auto [linear, angular] = times(f.couple(), f.force());
+    store6(linear, angular, projected);
   }
 
  private:
-  Motion::Lanes times(Vec3 a0, Vec3 a3) const {
-    return {block(0, 0).apply(a0) + block(0, 3).apply(a3), block(3, 0).apply(a0) + block(3, 3).apply(a3)};
-  }
+  struct Halves {
+    Vec3 first;
+    Vec3 last;
+  };
 
-  /// The 3 x 3 block of S at a row and a column.
-  Matrix3 block(int row, int column) const {
-    const float* first = &S_(row, column);
-    const bool at_the_end = row == 3 && column == 3;  // where four floats would reach past S
-    return {Vec3(load4(first)), Vec3(load4(first + 6)), at_the_end ? Vec3::load(first + 12) : Vec3(load4(first + 12))};
+  /// S (a, b) = (b, a). Each entry takes the products with the five zeros of its row along, which decide the sign of a
+  /// zero and what comes of an infinity, so that all bits are those of the full product.
+  static Halves times(Vec3 a, Vec3 b) {
+    const Vec3 a0 = a * 0.0F;
+    const Vec3 b0 = b * 0.0F;
+    const Vec3 other_a0 = a0.yzx() + a0.zxy();
+    const Vec3 other_b0 = b0.yzx() + b0.zxy();
+    return {b + ((a0 + other_a0) + other_b0), a + ((b0 + other_b0) + other_a0)};
   }
 
   Eigen::Matrix<float, 6, 6> S_;
 };
 
 /// I S, six forces as columns.
-inline Eigen::Matrix<float, 6, 6> operator*(const Inertia& inertia, const ConstraintMotionFreeFlyerBody& S) {
-  Eigen::Matrix<float, 6, 6> F;
-  for (int k = 0; k < 6; ++k) {
-    (inertia * S.column(k)).store(&F(0, k));
-  }
-  return F;
+inline ForceMatrix<6> operator*(const Inertia::Lanes& inertia, const ConstraintMotionFreeFlyerBody& S) {
+  return {{inertia * S.column(0), inertia * S.column(1), inertia * S.column(2),  //
+           inertia * S.column(3), inertia * S.column(4), inertia * S.column(5)}};
 }
 
 }  // namespace kinetra::Spatial

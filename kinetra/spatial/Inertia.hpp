@@ -15,9 +15,11 @@ struct Inertia {
 
   /// An inertia at work, in registers: what operations take and give. Either form turns into the other.
   struct Lanes {
-    float m;
-    Vec3 h;
+    Float4 h_m;  ///< h, and m in lane 3
     SymmetricMatrix I;
+
+    Vec3 h() const { return Vec3(h_m); }
+    Vec3 m() const { return Vec3(shuffle<3, 3, 3, 3>(h_m)); }  ///< (m, m, m)
   };
 
   /// A massless point; h and I are left unset.
@@ -26,29 +28,37 @@ struct Inertia {
   Inertia(float m_, Vec3 h_, const Eigen::Matrix<float, 6, 1>& I_) : m(m_), I(I_) { h_.store(h.data()); }
 
   Inertia& operator=(const Lanes& inertia) {
-    m = inertia.m;
-    inertia.h.store(h.data());
+    store4(shuffle<3, 0, 1, 2>(inertia.h_m), data());
     inertia.I.store(I.data());
     return *this;
   }
-  operator Lanes() const { return {m, h, SymmetricMatrix::load(I.data())}; }
+  operator Lanes() const { return {shuffle<1, 2, 3, 0>(load4(data())), SymmetricMatrix::load(I.data())}; }
 
-  static Inertia zero() { return {0.0F, Vec3(0.0F, 0.0F, 0.0F), Eigen::Matrix<float, 6, 1>::Zero()}; }
+  static Lanes zero() {
+    const Vec3 zeros(0.0F, 0.0F, 0.0F);
+    return {zeros.lanes(), SymmetricMatrix(zeros, zeros)};
+  }
 
   /// Centre of mass h / m (m), by three divisions; not finite for a body without mass.
-  Vec3 com() const { return Vec3(h) / m; }
+  Vec3 com() const {
+    const Lanes inertia = *this;
+    return inertia.h() / inertia.m();
+  }
+
+ private:
+  /// All ten values, in order.
+  float* data() { return reinterpret_cast<float*>(this); }
+  const float* data() const { return reinterpret_cast<const float*>(this); }
 };
 static_assert(sizeof(Inertia) == 10 * sizeof(float), "an Inertia is ten contiguous floats");
 
-inline Inertia::Lanes operator+(const Inertia::Lanes& a, const Inertia::Lanes& b) {
-  return {a.m + b.m, a.h + b.h, a.I + b.I};
-}
+inline Inertia::Lanes operator+(const Inertia::Lanes& a, const Inertia::Lanes& b) { return {a.h_m + b.h_m, a.I + b.I}; }
 
 /// The force that gives a body of this inertia an acceleration a, or the momentum of its velocity:
 /// I (w, v) = (I w + h x v, m v - h x w), in the inertia's frame.
 inline Force::Lanes operator*(const Inertia::Lanes& inertia, Motion::Lanes a) {
   const Vec3 Iw = inertia.I.matrix().apply(a.angular());
-  return {Iw + cross(inertia.h, a.linear()), a.linear() * inertia.m - cross(inertia.h, a.angular())};
+  return {Iw + cross(inertia.h(), a.linear()), a.linear() * inertia.m() - cross(inertia.h(), a.angular())};
 }
 
 }  // namespace kinetra::Spatial

@@ -74,13 +74,13 @@ struct TransformT {
   /// (m, h, I) -> (m, g + m r, E'I E - r x (g x) - ((g + m r) x)(r x)). Featherstone 2008, section 2.13.
   Inertia::Lanes applyInv(const Inertia::Lanes& inertia) const {
     const Vec3 r_old = r;
-    const Vec3 g = E.applyInv(inertia.h);
-    const Vec3 h = g + r_old * inertia.m;
+    const Vec3 g = E.applyInv(inertia.h());
+    const Vec3 h = g + r_old * inertia.m();
     const SymmetricMatrix I = E.applyInv(inertia.I);
     // Entry by entry, -a x (b x) = (a.b) 1 - b a', so that the diagonal takes the products of the two other axes.
     const Vec3 p = r_old * g + h * r_old;
     const Vec3 q = g.yzx() * r_old.zxy() + r_old.yzx() * h.zxy();
-    return {inertia.m, h, I + SymmetricMatrix(p.yzx() + p.zxy(), -q)};
+    return {append<3>(h, Vec3(inertia.h_m)), I + SymmetricMatrix(p.yzx() + p.zxy(), -q)};
   }
 
   /// Carries a point to the new frame: E (p - r).

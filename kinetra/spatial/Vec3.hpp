@@ -85,16 +85,27 @@ class Vec3 {
   friend Vec3 operator-(Vec3 a) { return Vec3(-a.lanes_); }
   /// Element by element.
   friend Vec3 operator*(Vec3 a, Vec3 b) { return Vec3(a.lanes_ * b.lanes_); }
+  friend Vec3 operator/(Vec3 a, Vec3 b) { return Vec3(a.lanes_ / b.lanes_); }
   friend Vec3 operator*(Vec3 a, float s) { return Vec3(a.lanes_ * s); }
-  /// One division per element.
-  friend Vec3 operator/(Vec3 a, float s) { return Vec3(a.lanes_ / s); }
 
  private:
   Float4 lanes_;
 };
 
 /// a x b = (a_y b_z - a_z b_y, a_z b_x - a_x b_z, a_x b_y - a_y b_x), each product rounded, then their difference.
-inline Vec3 cross(Vec3 a, Vec3 b) { return a.yzx() * b.zxy() - a.zxy() * b.yzx(); }
+inline Vec3 cross(Vec3 a, Vec3 b) { return (a * b.yzx() - a.yzx() * b).yzx(); }
+
+/// (a_x, a_y, a_z, b_i)
+template <int i>
+Float4 append(Vec3 a, Vec3 b) {
+  return shuffle<0, 1, 4, 6>(a.lanes(), shuffle<2, 2, 4 + i, 4 + i>(a.lanes(), b.lanes()));
+}
+
+/// Writes a, then b. The first store's fourth float is overwritten by the second.
+inline void store6(Vec3 a, Vec3 b, float* p) {
+  store4(a.lanes(), p);
+  b.store(p + 3);
+}
 
 /// (a_x + a_y) + a_z
 inline float sum(Vec3 a) { return (a[0] + a[1]) + a[2]; }

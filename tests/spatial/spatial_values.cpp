@@ -125,7 +125,7 @@ TEST(Inertias, ActAsTheirMatrixAndAdd) {
     const Vector6f f = random.matrix<6>();
     auto rates = random.matrix<std::decay_t<decltype(S)>::dof_number>();
     EXPECT_TRUE(near(S.matrix(), expected, 0.0));
-    EXPECT_TRUE(near(a * S, matrix(a) * expected, 0.0));
+    EXPECT_TRUE(near(std::decay_t<decltype(S.matrix())>(a * S), matrix(a) * expected, 0.0));
     EXPECT_TRUE(near(Vector6f(Motion(S * rates)), expected * rates.template cast<double>(), 0.0));
     S.transposeTimes(Force(f), rates.data());
     EXPECT_TRUE(near(rates, expected.transpose() * f.cast<double>(), 0.0));
@@ -133,6 +133,24 @@ TEST(Inertias, ActAsTheirMatrixAndAdd) {
   const Matrix6d unit = Matrix6d::Identity();
   expectSubspace(ConstraintMotionFreeFlyerBody(), (Matrix6d() << unit.bottomRows<3>(), unit.topRows<3>()).finished());
   expectSubspace(ConstraintMotionAboutZ(), unit.col(2).eval());
+}
+
+TEST(FreeFlyerSubspace, GivesTheBitsOfTheFullProduct) {
+  const ConstraintMotionFreeFlyerBody S;
+  const auto number = [](const Vector6f& x) { return x.array().isNaN().select(7.0F, x).matrix().eval(); };
+  for (const float others : {0.0F, -0.0F, -2.0F}) {
+    for (const float one : {0.0F, -0.0F, 3.0F, HUGE_VALF}) {
+      for (int k = 0; k < 6; ++k) {
+        Vector6f x = Vector6f::Constant(others), projected;
+        x[k] = one;
+        Vector6f expected = S.matrix().col(0) * x[0];
+        for (int j = 1; j < 6; ++j) expected += S.matrix().col(j) * x[j];
+        S.transposeTimes(Force(x), projected.data());
+        EXPECT_TRUE(identical(number(projected), number(expected))) << x.transpose();
+        EXPECT_TRUE(identical(number(Motion(S * x)), number(expected))) << x.transpose();
+      }
+    }
+  }
 }
 
 }  // namespace
