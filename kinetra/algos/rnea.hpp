@@ -19,28 +19,39 @@ namespace internal {
 
 // The steps, each one function for all nodes of the same kinds.
 
+/// Velocity and acceleration of a body, at work.
+struct BodyMotion {
+  Spatial::Motion::Lanes v;
+  Spatial::Motion::Lanes a;
+};
+
+/// Gives a body its velocity v, and the acceleration that follows with its parent's.
 template <typename Joint, typename Rotation>
-Spatial::Motion::Lanes acceleration(const NodeState<Joint, Rotation>& n, const Spatial::Motion& a_parent,
-                                    const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
-  return n.sXp.apply(a_parent) + n.joint.S * ddq + n.joint.cj + crm(n.body.vi, n.joint.vj);
+BodyMotion move(NodeState<Joint, Rotation>& n, Spatial::Motion::Lanes v, const Spatial::Motion& a_parent,
+                const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
+  const Spatial::Motion::Lanes a = n.sXp.apply(a_parent) + n.joint.S * ddq + n.joint.cj + crm(v, n.joint.vj);
+  n.body.vi = v;
+  n.body.ai = a;
+  return {v, a};
 }
 
 /// The root moves as its joint does; its parent, the world, accelerates against gravity.
 template <typename Joint, typename Rotation>
-void update_root(NodeState<Joint, Rotation>& n, const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
-  n.body.vi = n.joint.vj;
-  n.body.ai = acceleration(n, minus_g, ddq);
+BodyMotion update_root(NodeState<Joint, Rotation>& n, const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
+  return move(n, n.joint.vj, minus_g, ddq);
 }
 
 template <typename Joint, typename Rotation>
-void update(NodeState<Joint, Rotation>& n, const Body& parent, const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
-  n.body.vi = n.sXp.apply(parent.vi) + n.joint.vj;
-  n.body.ai = acceleration(n, parent.ai, ddq);
+BodyMotion update(NodeState<Joint, Rotation>& n, const Body& parent,
+                  const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
+  return move(n, n.sXp.apply(parent.vi) + n.joint.vj, parent.ai, ddq);
 }
 
 /// The force that a body needs to move as it does.
-inline void require(Spatial::Force& f, const Spatial::Inertia& I, const Body& body, const Spatial::Force& fext) {
-  f = I * body.ai + crf(body.vi, I * body.vi) - fext;
+inline void require(Spatial::Force& f, const Spatial::Inertia& inertia, const BodyMotion& body,
+                    const Spatial::Force& fext) {
+  const Spatial::Inertia::Lanes I = inertia;
+  f = I * body.a + crf(body.v, I * body.v) - fext;
 }
 
 template <typename Joint, typename Rotation>
@@ -61,11 +72,11 @@ struct rnea<Robot, false> {
   struct update_kinematics {
     using Node = node_t<Robot, i>;
 
-    static void run(Robot& robot, const Eigen::Matrix<float, Node::dof_number, 1>& ddq_i) {
+    static internal::BodyMotion run(Robot& robot, const Eigen::Matrix<float, Node::dof_number, 1>& ddq_i) {
       if constexpr (p < 0) {
-        internal::update_root(node<i>(robot), ddq_i);
+        return internal::update_root(node<i>(robot), ddq_i);
       } else {
-        internal::update(node<i>(robot), node<p>(robot).body, ddq_i);
+        return internal::update(node<i>(robot), node<p>(robot).body, ddq_i);
       }
     }
   };
@@ -76,9 +87,9 @@ struct rnea<Robot, false> {
 
     template <typename Vector>
     static void discover(Robot_& robot, const Vector& ddq, const Spatial::Force* fext, Vector&) {
-      update_kinematics<i, Node::parent_id>::run(robot, ddq.template segment<Node::dof_number>(Node::dof_index));
-      auto& n = node<i>(robot);
-      internal::require(n.joint.f, Robot_::inertias[i], n.body, fext[i]);
+      const auto body =
+          update_kinematics<i, Node::parent_id>::run(robot, ddq.template segment<Node::dof_number>(Node::dof_index));
+      internal::require(node<i>(robot).joint.f, Robot_::inertias[i], body, fext[i]);
     }
 
     template <typename Vector>

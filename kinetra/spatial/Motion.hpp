@@ -26,26 +26,24 @@ class Motion {
   Motion(Lanes m) { *this = m; }
   Motion(Vec3 angular, Vec3 linear) : Motion(Lanes(angular, linear)) {}
   /// From and to a column of six, angular first.
-  explicit Motion(const Eigen::Matrix<float, 6, 1>& v) : Motion(Vec3::load(v.data()), Vec3::load(v.data() + 3)) {}
-  operator Eigen::Matrix<float, 6, 1>() const { return (Eigen::Matrix<float, 6, 1>() << angular_, linear_).finished(); }
+  explicit Motion(const Eigen::Matrix<float, 6, 1>& v) : v_(v) {}
+  operator Eigen::Matrix<float, 6, 1>() const { return v_; }
 
   Motion& operator=(Lanes m) {
-    m.angular().store(angular_.data());
-    m.linear().store(linear_.data());
+    store6(m.angular(), m.linear(), v_.data());
     return *this;
   }
-  operator Lanes() const { return {angular_, linear_}; }
+  operator Lanes() const { return {Vec3::load(v_.data()), Vec3::load(v_.data() + 3)}; }
 
   static Motion zero() { return {Vec3(0.0F, 0.0F, 0.0F), Vec3(0.0F, 0.0F, 0.0F)}; }
 
-  const Eigen::Vector3f& angular() const { return angular_; }
-  const Eigen::Vector3f& linear() const { return linear_; }
-  Eigen::Vector3f& angular() { return angular_; }
-  Eigen::Vector3f& linear() { return linear_; }
+  auto angular() const { return v_.head<3>(); }
+  auto linear() const { return v_.tail<3>(); }
+  auto angular() { return v_.head<3>(); }
+  auto linear() { return v_.tail<3>(); }
 
  private:
-  Eigen::Vector3f angular_;
-  Eigen::Vector3f linear_;
+  Eigen::Matrix<float, 6, 1> v_;
 };
 static_assert(sizeof(Motion) == 6 * sizeof(float), "a Motion is six contiguous floats");
 
