@@ -23,7 +23,11 @@ using kinetra::Spatial::Vec3;
 
 namespace {
 
-OX::Math::Position3D toPosition3D(Vec3 p) { return {p[0], p[1], p[2]}; }
+OX::Math::Position3D toPosition3D(Vec3 p) {
+  OX::Math::Position3D position;
+  p.store(floats(position));
+  return position;
+}
 
 /// A wrench is force, then torque; a spatial force is couple, then force.
 Force toForce(const std::vector<float>& wrench) { return {Vec3::load(wrench.data() + 3), Vec3::load(wrench.data())}; }
@@ -309,7 +313,8 @@ void KinetraRigidBodySystem<Robot>::computePartialComJacobian(std::size_t body,
   kinetra::partial_crba<Robot>::run(robot_, P, static_cast<int>(body));
   // Rows 0-2 of P are the linear momentum per unit rate of each coordinate, in the root's axes; E' turns it into the
   // world's. Adding to zero makes every zero positive.
-  const kinetra::Spatial::Matrix3 Et = kinetra::node<0>(robot_).sXp.E.transpose();
+  const kinetra::Spatial::Matrix3 E = kinetra::node<0>(robot_).sXp.E;
+  const kinetra::Spatial::Matrix3 Et = E.transpose();
   const Vec3 zero(0.0F, 0.0F, 0.0F);
   for (int j = 0; j < Robot::nb_dof; ++j) {
     (zero + Et.apply(Vec3::load(&P(0, j)))).store(&J(0, j));

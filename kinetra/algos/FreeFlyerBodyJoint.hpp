@@ -18,26 +18,31 @@ struct FreeFlyerBodyJoint {
   Spatial::ConstraintMotionFreeFlyerBody S;
   Spatial::Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
-  /// Xj from the positions, vj from the velocities.
-  void jcalc(const Eigen::Matrix<float, 6, 1>& q, const Eigen::Matrix<float, 6, 1>& dq) {
-    jcalc_pos(q);
+  /// Xj from the positions, vj from the velocities. Gives Xj at work.
+  Spatial::TransformT<Spatial::Matrix3> jcalc(const Eigen::Matrix<float, 6, 1>& q,
+                                              const Eigen::Matrix<float, 6, 1>& dq) {
     vj = S * dq;
+    return jcalc_pos(q);
   }
 
   /// Xj from the positions alone. The order of the products is part of the result, which is promised to the bit.
-  void jcalc_pos(const Eigen::Matrix<float, 6, 1>& q) {
+  Spatial::TransformT<Spatial::Matrix3> jcalc_pos(const Eigen::Matrix<float, 6, 1>& q) {
     const auto [s3, c3] = Spatial::SinCos(q[3]);
     const auto [s4, c4] = Spatial::SinCos(q[4]);
     const auto [s5, c5] = Spatial::SinCos(q[5]);
-    Xj.E = Spatial::RotationMatrix({c4 * c5, s4 * (s3 * c5) - c3 * s5, s3 * s5 + (c3 * c5) * s4},
-                                   {c4 * s5, s3 * s4 * s5 + c5 * c3, s4 * c3 * s5 - s3 * c5}, {-s4, s3 * c4, c3 * c4});
-    Spatial::Vec3::load(q.data()).store(Xj.r.data());
+    const Spatial::Matrix3 E = {{c4 * c5, s4 * (s3 * c5) - c3 * s5, s3 * s5 + (c3 * c5) * s4},
+                                {c4 * s5, s3 * s4 * s5 + c5 * c3, s4 * c3 * s5 - s3 * c5},
+                                {-s4, s3 * c4, c3 * c4}};
+    const Spatial::TransformT<Spatial::Matrix3> X(E, Spatial::Vec3::load(q.data()));
+    Xj = X;
+    return X;
   }
 
-  /// Xj Xt, for the node's placement Xt.
+  /// Xj Xt, for the node's placement Xt, from what jcalc gave.
   template <typename XtRotation>
-  [[gnu::always_inline]] auto placed(const Spatial::TransformT<XtRotation>& Xt) const {
-    return Xj.fresh() * Xt;
+  [[gnu::always_inline]] static auto placed(const Spatial::TransformT<Spatial::Matrix3>& Xj,
+                                            const Spatial::TransformT<XtRotation>& Xt) {
+    return Xj * Xt;
   }
 };
 

@@ -19,19 +19,23 @@ struct RevoluteJointAboutZ {
   Spatial::ConstraintMotionAboutZ S;
   Spatial::Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
-  /// Xj from the position (rad), vj from the velocity (rad/s).
-  void jcalc(float q, float dq) {
-    jcalc_pos(q);
+  /// Xj from the position (rad), vj from the velocity (rad/s). Gives Xj.
+  const Spatial::TransformT<Rotation>& jcalc(float q, float dq) {
     vj.angular() = Eigen::Vector3f(0.0F, 0.0F, dq);
+    return jcalc_pos(q);
   }
 
   /// Xj from the position alone.
-  void jcalc_pos(float q) { Xj = {Spatial::RotationMatrixAboutZ(q), Spatial::Vec3(0.0F, 0.0F, 0.0F)}; }
+  const Spatial::TransformT<Rotation>& jcalc_pos(float q) {
+    Xj = {Rotation(q), Spatial::Vec3(0.0F, 0.0F, 0.0F)};
+    return Xj;
+  }
 
-  /// Xj Xt, for the node's placement Xt. The joint does not translate, so r is Xt's: what the full product gives to the
-  /// bit, for no placement has a -0.
+  /// Xj Xt, for the node's placement Xt, from what jcalc gave. The joint does not translate, so r is Xt's: what the
+  /// full product gives to the bit, for no placement has a -0.
   template <typename XtRotation>
-  [[gnu::always_inline]] auto placed(const Spatial::TransformT<XtRotation>& Xt) const {
+  [[gnu::always_inline]] static auto placed(const Spatial::TransformT<Rotation>& Xj,
+                                            const Spatial::TransformT<XtRotation>& Xt) {
     const auto E = Xj.E * Xt.E;
     return Spatial::TransformT<std::decay_t<decltype(E)>>(E, Xt.r);
   }

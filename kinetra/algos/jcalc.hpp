@@ -28,8 +28,7 @@ struct JcalcVisitor {
   static void discover(Robot& robot, const Vector& q, const Vector& dq) {
     using Node = node_t<Robot, i>;
     auto& n = node<i>(robot);
-    n.joint.jcalc(coordinates<Node>(q), coordinates<Node>(dq));
-    n.sXp = n.joint.placed(Node::Xt);
+    n.sXp = n.joint.placed(n.joint.jcalc(coordinates<Node>(q), coordinates<Node>(dq)), Node::Xt);
   }
   template <typename Vector>
   static void finish(Robot&, const Vector&, const Vector&) {}
@@ -42,8 +41,7 @@ struct JcalcPosVisitor {
   static void discover(Robot& robot, const Vector& q) {
     using Node = node_t<Robot, i>;
     auto& n = node<i>(robot);
-    n.joint.jcalc_pos(coordinates<Node>(q));
-    n.sXp = n.joint.placed(Node::Xt);
+    n.sXp = n.joint.placed(n.joint.jcalc_pos(coordinates<Node>(q)), Node::Xt);
   }
   template <typename Vector>
   static void finish(Robot&, const Vector&) {}

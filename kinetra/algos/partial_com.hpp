@@ -17,12 +17,10 @@ namespace kinetra {
 namespace internal {
 
 /// Adds m P to comSum (kg m), P = E'c + r the body's centre of mass in the root's frame, (E, r) = iX1.
-template <typename Rotation, typename Derived>
+template <typename Rotation>
 void add_first_moment(const Spatial::Inertia& inertia, const Spatial::TransformT<Rotation>& iX1,
-                      Eigen::MatrixBase<Derived>& comSum) {
-  static_assert(Derived::InnerStrideAtCompileTime == 1, "comSum must be three floats in a row");
-  const Spatial::Vec3 sum = Spatial::Vec3::load(comSum.derived().data());
-  (iX1.applyInvToPoint(inertia.com()) * inertia.m + sum).store(comSum.derived().data());
+                      Spatial::Vec3& comSum) {
+  comSum = iX1.applyInvToPoint(inertia.com()) * inertia.m + comSum;
 }
 
 /// run(robot, iX1, excludedBody, comSum) from a child of the root sums over that child's subtree.
@@ -30,14 +28,12 @@ template <typename Robot, int k>
 struct PartialComVisitor {
   using Transform = Spatial::TransformT<Spatial::RotationMatrix>;
 
-  template <typename Derived>
-  static void discover(Robot&, const Transform* iX1, int excludedBody, Eigen::MatrixBase<Derived>& comSum) {
+  static void discover(Robot&, const Transform* iX1, int excludedBody, Spatial::Vec3& comSum) {
     if (excludedBody != k) {
       add_first_moment(Robot::inertias[k], iX1[k], comSum);
     }
   }
-  template <typename Derived>
-  static void finish(Robot&, const Transform*, int, Eigen::MatrixBase<Derived>&) {}
+  static void finish(Robot&, const Transform*, int, Spatial::Vec3&) {}
 };
 
 }  // namespace internal
@@ -48,8 +44,10 @@ struct partial_com {
   template <typename Derived>
   static void run(Robot& robot, const Spatial::TransformT<Spatial::RotationMatrix>* iX1, int excludedBody,
                   Eigen::MatrixBase<Derived>& comSum) {
-    comSum = Robot::inertias[0].h;
-    visit(typename node_t<Robot, 0>::children{}, robot, iX1, excludedBody, comSum);
+    static_assert(Derived::InnerStrideAtCompileTime == 1, "comSum must be three floats in a row");
+    Spatial::Vec3 sum = Robot::inertias[0].h;
+    visit(typename node_t<Robot, 0>::children{}, robot, iX1, excludedBody, sum);
+    sum.store(comSum.derived().data());
   }
 
  private:

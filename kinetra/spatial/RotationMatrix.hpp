@@ -16,9 +16,10 @@ class RotationMatrix {
   RotationMatrix(const Matrix3& E) { *this = E; }
   RotationMatrix(Vec3 column0, Vec3 column1, Vec3 column2) : RotationMatrix(Matrix3{column0, column1, column2}) {}
 
+  /// Writes four floats at a time as long as the next column overwrites the fourth.
   RotationMatrix& operator=(const Matrix3& E) {
-    E.column0.store(E_);
-    E.column1.store(E_ + 3);
+    store4(E.column0.lanes(), E_);
+    store4(E.column1.lanes(), E_ + 3);
     E.column2.store(E_ + 6);
     return *this;
   }

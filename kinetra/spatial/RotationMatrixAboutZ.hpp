@@ -43,7 +43,7 @@ class RotationMatrixAboutZ {
 
   /// E p = (c p_x + s p_y, -s p_x + c p_y, p_z)
   Vec3 apply(Vec3 p) const {
-    const Vec3 turned = p * c_ + p.yxz() * Vec3(s_, -s_, 0.0F);
+    const Vec3 turned = p * c_ + p.yxz() * (Vec3(1.0F, -1.0F, 0.0F) * s_);
     return Vec3(shuffle<0, 1, 6, 7>(turned.lanes(), p.lanes()));
   }
   /// E'p
