@@ -28,16 +28,14 @@ static_assert(sizeof(OX::Math::Velocity6D) == 6 * sizeof(float), "linear x, y, z
 /// The pose of X's new frame in its old frame: R = E', t = r. Moves values only.
 template <typename Rotation>
 void invToOXMath(const kinetra::Spatial::TransformT<Rotation>& X, OX::Math::Transform& H) {
+  using kinetra::Spatial::append;
+  using kinetra::Spatial::store4;
   const kinetra::Spatial::Matrix3 E = X.E;
-  const auto row = [](kinetra::Spatial::Vec3 R, float t) {
-    kinetra::Spatial::Float4 lanes = R.lanes();
-    lanes[3] = t;
-    return lanes;
-  };
+  const kinetra::Spatial::Vec3 r = X.r;
   float* rows = floats(H);
-  kinetra::Spatial::store4(row(E.column0, X.r[0]), rows);
-  kinetra::Spatial::store4(row(E.column1, X.r[1]), rows + 4);
-  kinetra::Spatial::store4(row(E.column2, X.r[2]), rows + 8);
+  store4(append<0>(E.column0, r), rows);
+  store4(append<1>(E.column1, r), rows + 4);
+  store4(append<2>(E.column2, r), rows + 8);
 }
 
 /// The pose of A's new frame in B's old frame, B first: the inverse of A B. Row 2 of R is the cross product of rows 0

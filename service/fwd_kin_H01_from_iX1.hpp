@@ -1,6 +1,5 @@
 #pragma once
 
-#include <utility>
 #include <vector>
 
 #include <kinetra/node_list.hpp>
@@ -16,16 +15,12 @@ namespace lumo {
 template <typename Robot>
 struct fwd_kin_H01_from_iX1 {
   static void run(Robot& robot, const SpatialTransform* iX1, std::vector<OX::Math::Transform>& poses) {
-    const auto root = kinetra::node<0>(robot).sXp.fresh();
-    invToOXMath(root, poses[0]);
-    fill(std::make_integer_sequence<int, Robot::nb_bodies - 1>{}, iX1, root, poses.data());
-  }
-
- private:
-  template <int... i>
-  static void fill(std::integer_sequence<int, i...>, const SpatialTransform* iX1,
-                   const kinetra::Spatial::TransformT<kinetra::Spatial::Matrix3>& root, OX::Math::Transform* poses) {
-    (invProdToOXMath(iX1[i + 1], root, poses[i + 1]), ...);
+    const kinetra::Spatial::TransformT<kinetra::Spatial::Matrix3> root = kinetra::node<0>(robot).sXp.fresh();
+    OX::Math::Transform* pose = poses.data();
+    invToOXMath(root, pose[0]);
+    for (int i = 1; i < Robot::nb_bodies; ++i) {
+      invProdToOXMath(iX1[i], root, pose[i]);
+    }
   }
 };
 
