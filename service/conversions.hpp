@@ -31,7 +31,7 @@ void invToOXMath(const kinetra::Spatial::TransformT<Rotation>& X, OX::Math::Tran
   using kinetra::Spatial::append;
   using kinetra::Spatial::store4;
   const kinetra::Spatial::Matrix3 E = X.E;
-  const kinetra::Spatial::Vec3 r = X.r;
+  const kinetra::Spatial::Float4 r = kinetra::Spatial::Vec3(X.r).lanes();
   float* rows = floats(H);
   store4(append<0>(E.column0, r), rows);
   store4(append<1>(E.column1, r), rows + 4);

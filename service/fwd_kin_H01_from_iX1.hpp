@@ -16,10 +16,10 @@ template <typename Robot>
 struct fwd_kin_H01_from_iX1 {
   static void run(Robot& robot, const SpatialTransform* iX1, std::vector<OX::Math::Transform>& poses) {
     const kinetra::Spatial::TransformT<kinetra::Spatial::Matrix3> root = kinetra::node<0>(robot).sXp.fresh();
-    OX::Math::Transform* pose = poses.data();
-    invToOXMath(root, pose[0]);
+    OX::Math::Transform* H01 = poses.data();
+    invToOXMath(root, H01[0]);
     for (int i = 1; i < Robot::nb_bodies; ++i) {
-      invProdToOXMath(iX1[i], root, pose[i]);
+      invProdToOXMath(iX1[i], root, H01[i]);
     }
   }
 };

@@ -19,7 +19,8 @@ struct RevoluteJointAboutZ {
   Spatial::ConstraintMotionAboutZ S;
   Spatial::Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
-  /// Xj from the position (rad), vj from the velocity (rad/s). Gives Xj.
+  /// Xj from the position (rad), vj from the velocity (rad/s). Gives Xj, which at
+  /// work is what it is at rest.
   const Spatial::TransformT<Rotation>& jcalc(float q, float dq) {
     vj.angular() = Eigen::Vector3f(0.0F, 0.0F, dq);
     return jcalc_pos(q);

@@ -18,6 +18,7 @@ struct crba<Robot, false> {
   struct DftVisitor : internal::crba_upward<Robot_, i> {
     template <typename Derived>
     static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&) {
+      // Copied by way of registers: a plain copy goes in pieces for which the next load would have to wait.
       node<i>(robot).body.Iic = Spatial::Inertia::Lanes(Robot_::inertias[i]);
     }
   };

@@ -34,7 +34,8 @@ struct Destination {
 };
 
 /// One step of the walk to the root, from j to its parent a: a force, one column of F, moves from j's frame to a's and
-/// meets a's joint. Where the walk began makes no difference.
+/// meets a's joint. Where the walk began makes no difference. Couple and force come one by one because compilers pass
+/// each in a register, but a pair of them in memory.
 template <typename Robot, int a, int j>
 struct BwdtVisitor {
   [[gnu::always_inline]] static void discover(Robot& robot, Spatial::Vec3& couple, Spatial::Vec3& force,
@@ -45,7 +46,7 @@ struct BwdtVisitor {
     const Spatial::Force::Lanes f = node<j>(robot).sXp.applyInv(Spatial::Force::Lanes(couple, force));
     node<a>(robot).joint.S.transposeTimes(f, &to->column[dof]);
     to->row.template segment<n>(dof) = to->column.template segment<n>(dof);
-    if constexpr (a == 0) {
+    if constexpr (Ancestor::parent_id < 0) {
       f.store(to->F);
     }
     couple = f.couple();
@@ -60,15 +61,15 @@ struct crba_upward {
   template <typename Derived>
   static void finish(Robot& robot, Eigen::MatrixBase<Derived>& H) {
     auto& n = node<i>(robot);
-    if constexpr (i > 0) {
+    const Spatial::Inertia::Lanes Iic = n.body.Iic;
+    if constexpr (Node::parent_id >= 0) {
       add_inertia_to_parent(n, node<Node::parent_id>(robot).body.Iic);
     }
-    const Spatial::ForceMatrix<Node::dof_number> F = n.body.Iic * n.joint.S;
     for (int k = 0; k < Node::dof_number; ++k) {
-      const Spatial::Force::Lanes& f = F.columns[k];
+      const Spatial::Force::Lanes f = n.joint.S.momentum(Iic, k);  // column k of F
       Destination to(H, Node::dof_index + k, &n.F(0, k));
       n.joint.S.transposeTimes(f, &to.column[Node::dof_index]);
-      if constexpr (i > 0) {
+      if constexpr (Node::parent_id >= 0) {
         backward_traversal<BwdtVisitor, Robot, i>::run(robot, f.couple(), f.force(), &to);
       } else {
         f.store(to.F);

@@ -16,10 +16,10 @@ namespace kinetra {
 namespace internal {
 
 /// The steps for one body: X is its iX1, column its joint's in J.
-template <typename Rotation>
+template <typename Rotation, typename Vector>
 void relate_to_root(const Spatial::TransformT<Rotation>& sXp, const Spatial::TransformT<Spatial::RotationMatrix>& pX1,
                     const Spatial::Inertia& inertia, Spatial::TransformT<Spatial::RotationMatrix>& iX1, float* column,
-                    Spatial::Vec3& comSum) {
+                    Vector& comSum) {
   const Spatial::TransformT<Spatial::Matrix3> X = sXp * pX1.fresh();
   iX1 = X;
 
@@ -27,16 +27,16 @@ void relate_to_root(const Spatial::TransformT<Rotation>& sXp, const Spatial::Tra
   // is r x axis. This order of evaluation is part of the result.
   const auto [x, y, z] = X.E.transpose();
   const Spatial::Vec3 a = X.E.apply(X.r);
-  Spatial::store6(z, x * a.splat<1>() - y * a.splat<0>(), column);
+  Spatial::Motion::Lanes(z, x * a.splat<1>() - y * a.splat<0>()).store(column);
 
   add_first_moment(inertia, X, comSum);
 }
 
 template <typename Robot, int i>
 struct FwdKiniX1Visitor {
-  template <typename DerivedJ>
+  template <typename DerivedJ, typename Vector>
   static void discover(Robot& robot, Spatial::TransformT<Spatial::RotationMatrix>* iX1, Eigen::MatrixBase<DerivedJ>& J,
-                       Spatial::Vec3& comSum) {
+                       Vector& comSum) {
     static_assert(!DerivedJ::IsRowMajor && DerivedJ::InnerStrideAtCompileTime == 1, "J must be stored by columns");
     using Node = node_t<Robot, i>;
     relate_to_root(node<i>(robot).sXp, iX1[Node::parent_id], Robot::inertias[i], iX1[i],
@@ -53,7 +53,8 @@ struct fwd_kin_iX1 {
   template <typename DerivedJ, typename DerivedCom>
   static void run(Robot& robot, Spatial::TransformT<Spatial::RotationMatrix>* iX1, Eigen::MatrixBase<DerivedJ>& J,
                   Eigen::MatrixBase<DerivedCom>& comSum) {
-    static_assert(DerivedCom::InnerStrideAtCompileTime == 1, "comSum must be three floats in a row");
+    static_assert(DerivedCom::SizeAtCompileTime == 3 && DerivedCom::InnerStrideAtCompileTime == 1,
+                  "three floats in a row");
     Spatial::Vec3 sum = Robot::inertias[0].h;
     discover(std::make_integer_sequence<int, Robot::nb_bodies - 1>{}, robot, iX1, J, sum);
     sum.store(comSum.derived().data());

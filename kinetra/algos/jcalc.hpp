@@ -28,7 +28,8 @@ struct JcalcVisitor {
   static void discover(Robot& robot, const Vector& q, const Vector& dq) {
     using Node = node_t<Robot, i>;
     auto& n = node<i>(robot);
-    n.sXp = n.joint.placed(n.joint.jcalc(coordinates<Node>(q), coordinates<Node>(dq)), Node::Xt);
+    const auto& Xj = n.joint.jcalc(coordinates<Node>(q), coordinates<Node>(dq));
+    n.sXp = n.joint.placed(Xj, Node::Xt);
   }
   template <typename Vector>
   static void finish(Robot&, const Vector&, const Vector&) {}
@@ -41,7 +42,8 @@ struct JcalcPosVisitor {
   static void discover(Robot& robot, const Vector& q) {
     using Node = node_t<Robot, i>;
     auto& n = node<i>(robot);
-    n.sXp = n.joint.placed(n.joint.jcalc_pos(coordinates<Node>(q)), Node::Xt);
+    const auto& Xj = n.joint.jcalc_pos(coordinates<Node>(q));
+    n.sXp = n.joint.placed(Xj, Node::Xt);
   }
   template <typename Vector>
   static void finish(Robot&, const Vector&) {}

@@ -17,9 +17,8 @@ namespace kinetra {
 namespace internal {
 
 /// Adds m P to comSum (kg m), P = E'c + r the body's centre of mass in the root's frame, (E, r) = iX1.
-template <typename Rotation>
-void add_first_moment(const Spatial::Inertia& inertia, const Spatial::TransformT<Rotation>& iX1,
-                      Spatial::Vec3& comSum) {
+template <typename Rotation, typename Vector>
+void add_first_moment(const Spatial::Inertia& inertia, const Spatial::TransformT<Rotation>& iX1, Vector& comSum) {
   comSum = iX1.applyInvToPoint(inertia.com()) * inertia.m + comSum;
 }
 
@@ -28,12 +27,14 @@ template <typename Robot, int k>
 struct PartialComVisitor {
   using Transform = Spatial::TransformT<Spatial::RotationMatrix>;
 
-  static void discover(Robot&, const Transform* iX1, int excludedBody, Spatial::Vec3& comSum) {
+  template <typename Vector>
+  static void discover(Robot&, const Transform* iX1, int excludedBody, Vector& comSum) {
     if (excludedBody != k) {
       add_first_moment(Robot::inertias[k], iX1[k], comSum);
     }
   }
-  static void finish(Robot&, const Transform*, int, Spatial::Vec3&) {}
+  template <typename Vector>
+  static void finish(Robot&, const Transform*, int, Vector&) {}
 };
 
 }  // namespace internal
@@ -44,7 +45,7 @@ struct partial_com {
   template <typename Derived>
   static void run(Robot& robot, const Spatial::TransformT<Spatial::RotationMatrix>* iX1, int excludedBody,
                   Eigen::MatrixBase<Derived>& comSum) {
-    static_assert(Derived::InnerStrideAtCompileTime == 1, "comSum must be three floats in a row");
+    static_assert(Derived::SizeAtCompileTime == 3 && Derived::InnerStrideAtCompileTime == 1, "three floats in a row");
     Spatial::Vec3 sum = Robot::inertias[0].h;
     visit(typename node_t<Robot, 0>::children{}, robot, iX1, excludedBody, sum);
     sum.store(comSum.derived().data());

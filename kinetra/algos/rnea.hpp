@@ -25,10 +25,10 @@ struct BodyMotion {
   Spatial::Motion::Lanes a;
 };
 
-/// Gives a body its velocity v, and the acceleration that follows with its parent's.
+/// Sets a body's velocity to v and its acceleration to what follows with its parent's.
 template <typename Joint, typename Rotation>
-BodyMotion move(NodeState<Joint, Rotation>& n, Spatial::Motion::Lanes v, const Spatial::Motion& a_parent,
-                const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
+BodyMotion set_motion(NodeState<Joint, Rotation>& n, Spatial::Motion::Lanes v, const Spatial::Motion& a_parent,
+                      const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
   const Spatial::Motion::Lanes a = n.sXp.apply(a_parent) + n.joint.S * ddq + n.joint.cj + crm(v, n.joint.vj);
   n.body.vi = v;
   n.body.ai = a;
@@ -38,13 +38,13 @@ BodyMotion move(NodeState<Joint, Rotation>& n, Spatial::Motion::Lanes v, const S
 /// The root moves as its joint does; its parent, the world, accelerates against gravity.
 template <typename Joint, typename Rotation>
 BodyMotion update_root(NodeState<Joint, Rotation>& n, const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
-  return move(n, n.joint.vj, minus_g, ddq);
+  return set_motion(n, n.joint.vj, minus_g, ddq);
 }
 
 template <typename Joint, typename Rotation>
 BodyMotion update(NodeState<Joint, Rotation>& n, const Body& parent,
                   const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
-  return move(n, n.sXp.apply(parent.vi) + n.joint.vj, parent.ai, ddq);
+  return set_motion(n, n.sXp.apply(parent.vi) + n.joint.vj, parent.ai, ddq);
 }
 
 /// The force that a body needs to move as it does.

@@ -13,6 +13,14 @@ class ConstraintMotionAboutZ {
 
   const Eigen::Matrix<float, 6, 1>& matrix() const { return S_; }
 
+  /// I S = (I_xz, I_yz, I_zz, -h_y, h_x, 0): the momentum of a body of inertia I for a unit rate. By the pattern of S,
+  /// whose one column is number 0.
+  Force::Lanes momentum(const Inertia::Lanes& inertia, int = 0) const {
+    const Float4 h = inertia.h_m;
+    const Vec3 force(shuffle<0, 2, 4, 4>(shuffle<1, 1, 4, 4>(-h, h), Float4{}));
+    return {inertia.I.matrix().column2, force};
+  }
+
   /// S a: the joint's motion for one rate or acceleration a (rad/s, rad/s^2).
   Motion::Lanes operator*(const Eigen::Matrix<float, 1, 1>& a) const { return {angular() * a[0], linear() * a[0]}; }
 
@@ -28,11 +36,9 @@ class ConstraintMotionAboutZ {
   Eigen::Matrix<float, 6, 1> S_;
 };
 
-/// I S = (I_xz, I_yz, I_zz, -h_y, h_x, 0), a single force; formed from the pattern of S.
-inline ForceMatrix<1> operator*(const Inertia::Lanes& inertia, const ConstraintMotionAboutZ&) {
-  const Float4 h = inertia.h_m;
-  const Vec3 force(shuffle<0, 2, 4, 4>(shuffle<1, 1, 4, 4>(-h, h), Float4{}));
-  return {{{inertia.I.matrix().column2, force}}};
+/// I S, a force as a column of six.
+inline Eigen::Matrix<float, 6, 1> operator*(const Inertia& inertia, const ConstraintMotionAboutZ& S) {
+  return S.momentum(inertia);
 }
 
 }  // namespace kinetra::Spatial

@@ -21,7 +21,11 @@ class ConstraintMotionFreeFlyerBody {
   /// The joint's motion for a unit rate of coordinate k.
   Motion::Lanes column(int k) const { return {Vec3::load(&S_(0, k)), Vec3::load(&S_(3, k))}; }
 
-  /// S a: the joint's motion for six rates or accelerations a, linear first.
+  /// Column k of I S: the momentum of a body of inertia I for a unit rate of coordinate k.
+  Force::Lanes momentum(const Inertia::Lanes& inertia, int k) const { return inertia * column(k); }
+
+  /// S a: the joint's motion for six rates or accelerations a, linear first. They are read one by one, as they often
+  /// come from a copy that the compiler made in pieces of its own.
   Motion::Lanes operator*(const Eigen::Matrix<float, 6, 1>& a) const {
     const auto [angular, linear] = times({a[0], a[1], a[2]}, {a[3], a[4], a[5]});
     return {angular, linear};
@@ -39,8 +43,8 @@ class ConstraintMotionFreeFlyerBody {
     Vec3 last;
   };
 
-  /// S (a, b) = (b, a). Each entry takes the products with the five zeros of its row along, which decide the sign of a
-  /// zero and what comes of an infinity, so that all bits are those of the full product.
+  /// S (a, b) = (b, a), by the pattern of S. Each entry takes the products with the five zeros of its row along, which
+  /// decide the sign of a zero and what comes of an infinity, so that all bits are those of the full product.
   static Halves times(Vec3 a, Vec3 b) {
     const Vec3 a0 = a * 0.0F;
     const Vec3 b0 = b * 0.0F;
@@ -53,9 +57,12 @@ class ConstraintMotionFreeFlyerBody {
 };
 
 /// I S, six forces as columns.
-inline ForceMatrix<6> operator*(const Inertia::Lanes& inertia, const ConstraintMotionFreeFlyerBody& S) {
-  return {{inertia * S.column(0), inertia * S.column(1), inertia * S.column(2),  //
-           inertia * S.column(3), inertia * S.column(4), inertia * S.column(5)}};
+inline Eigen::Matrix<float, 6, 6> operator*(const Inertia& inertia, const ConstraintMotionFreeFlyerBody& S) {
+  Eigen::Matrix<float, 6, 6> F;
+  for (int k = 0; k < 6; ++k) {
+    S.momentum(inertia, k).store(&F(0, k));
+  }
+  return F;
 }
 
 }  // namespace kinetra::Spatial

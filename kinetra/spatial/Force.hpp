@@ -29,24 +29,25 @@ class Force {
   Force(Lanes f) { *this = f; }
   Force(Vec3 couple, Vec3 force) : Force(Lanes(couple, force)) {}
   /// From and to a column of six, couple first.
-  explicit Force(const Eigen::Matrix<float, 6, 1>& f) : f_(f) {}
-  operator Eigen::Matrix<float, 6, 1>() const { return f_; }
+  explicit Force(const Eigen::Matrix<float, 6, 1>& f) : Force(Lanes::load(f.data())) {}
+  operator Eigen::Matrix<float, 6, 1>() const { return (Eigen::Matrix<float, 6, 1>() << couple_, force_).finished(); }
 
   Force& operator=(Lanes f) {
-    f.store(f_.data());
+    f.store(reinterpret_cast<float*>(this));
     return *this;
   }
-  operator Lanes() const { return Lanes::load(f_.data()); }
+  operator Lanes() const { return {couple_, force_}; }
 
   static Force zero() { return {Vec3(0.0F, 0.0F, 0.0F), Vec3(0.0F, 0.0F, 0.0F)}; }
 
-  auto couple() const { return f_.head<3>(); }
-  auto force() const { return f_.tail<3>(); }
-  auto couple() { return f_.head<3>(); }
-  auto force() { return f_.tail<3>(); }
+  const Eigen::Vector3f& couple() const { return couple_; }
+  const Eigen::Vector3f& force() const { return force_; }
+  Eigen::Vector3f& couple() { return couple_; }
+  Eigen::Vector3f& force() { return force_; }
 
  private:
-  Eigen::Matrix<float, 6, 1> f_;
+  Eigen::Vector3f couple_;
+  Eigen::Vector3f force_;
 };
 static_assert(sizeof(Force) == 6 * sizeof(float), "a Force is six contiguous floats");
 
@@ -56,23 +57,6 @@ inline Force::Lanes operator+(Force::Lanes a, Force::Lanes b) {
 inline Force::Lanes operator-(Force::Lanes a, Force::Lanes b) {
   return {a.couple() - b.couple(), a.force() - b.force()};
 }
-
-/// A 6 x n matrix at work, whose columns are forces.
-template <int n>
-struct ForceMatrix {
-  Force::Lanes columns[n];
-
-  void store(Eigen::Matrix<float, 6, n>& F) const {
-    for (int k = 0; k < n; ++k) {
-      columns[k].store(&F(0, k));
-    }
-  }
-  operator Eigen::Matrix<float, 6, n>() const {
-    Eigen::Matrix<float, 6, n> F;
-    store(F);
-    return F;
-  }
-};
 
 /// Force cross product v x* f: the rate of change of f when it is carried along with velocity v, both in one frame.
 /// (w, v0) x* (n, f0) = (w x n + v0 x f0, w x f0). Featherstone 2008, section 2.9.

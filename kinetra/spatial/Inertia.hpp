@@ -19,7 +19,7 @@ struct Inertia {
     SymmetricMatrix I;
 
     Vec3 h() const { return Vec3(h_m); }
-    Vec3 m() const { return Vec3(shuffle<3, 3, 3, 3>(h_m)); }  ///< (m, m, m)
+    Vec3 m() const { return Vec3(shuffle<3, 3, 3, 3>(h_m)); }  ///< three times
   };
 
   /// A massless point; h and I are left unset.

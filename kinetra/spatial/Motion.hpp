@@ -12,6 +12,8 @@ class Motion {
   class Lanes {
    public:
     Lanes(Vec3 angular, Vec3 linear) : angular_(angular), linear_(linear) {}
+    static Lanes load(const float* m) { return {Vec3::load(m), Vec3::load(m + 3)}; }
+    void store(float* m) const { store6(angular_, linear_, m); }
     Vec3 angular() const { return angular_; }
     Vec3 linear() const { return linear_; }
     operator Eigen::Matrix<float, 6, 1>() const { return Motion(*this); }
@@ -26,24 +28,25 @@ class Motion {
   Motion(Lanes m) { *this = m; }
   Motion(Vec3 angular, Vec3 linear) : Motion(Lanes(angular, linear)) {}
   /// From and to a column of six, angular first.
-  explicit Motion(const Eigen::Matrix<float, 6, 1>& v) : v_(v) {}
-  operator Eigen::Matrix<float, 6, 1>() const { return v_; }
+  explicit Motion(const Eigen::Matrix<float, 6, 1>& v) : Motion(Lanes::load(v.data())) {}
+  operator Eigen::Matrix<float, 6, 1>() const { return (Eigen::Matrix<float, 6, 1>() << angular_, linear_).finished(); }
 
   Motion& operator=(Lanes m) {
-    store6(m.angular(), m.linear(), v_.data());
+    m.store(reinterpret_cast<float*>(this));
     return *this;
   }
-  operator Lanes() const { return {Vec3::load(v_.data()), Vec3::load(v_.data() + 3)}; }
+  operator Lanes() const { return {angular_, linear_}; }
 
   static Motion zero() { return {Vec3(0.0F, 0.0F, 0.0F), Vec3(0.0F, 0.0F, 0.0F)}; }
 
-  auto angular() const { return v_.head<3>(); }
-  auto linear() const { return v_.tail<3>(); }
-  auto angular() { return v_.head<3>(); }
-  auto linear() { return v_.tail<3>(); }
+  const Eigen::Vector3f& angular() const { return angular_; }
+  const Eigen::Vector3f& linear() const { return linear_; }
+  Eigen::Vector3f& angular() { return angular_; }
+  Eigen::Vector3f& linear() { return linear_; }
 
  private:
-  Eigen::Matrix<float, 6, 1> v_;
+  Eigen::Vector3f angular_;
+  Eigen::Vector3f linear_;
 };
 static_assert(sizeof(Motion) == 6 * sizeof(float), "a Motion is six contiguous floats");
 

@@ -80,7 +80,7 @@ struct TransformT {
     // Entry by entry, -a x (b x) = (a.b) 1 - b a', so that the diagonal takes the products of the two other axes.
     const Vec3 p = r_old * g + h * r_old;
     const Vec3 q = g.yzx() * r_old.zxy() + r_old.yzx() * h.zxy();
-    return {append<3>(h, Vec3(inertia.h_m)), I + SymmetricMatrix(p.yzx() + p.zxy(), -q)};
+    return {append<3>(h, inertia.h_m), I + SymmetricMatrix(p.yzx() + p.zxy(), -q)};
   }
 
   /// Carries a point to the new frame: E (p - r).

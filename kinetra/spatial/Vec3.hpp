@@ -97,8 +97,8 @@ inline Vec3 cross(Vec3 a, Vec3 b) { return (a * b.yzx() - a.yzx() * b).yzx(); }
 
 /// (a_x, a_y, a_z, b_i)
 template <int i>
-Float4 append(Vec3 a, Vec3 b) {
-  return shuffle<0, 1, 4, 6>(a.lanes(), shuffle<2, 2, 4 + i, 4 + i>(a.lanes(), b.lanes()));
+Float4 append(Vec3 a, Float4 b) {
+  return shuffle<0, 1, 4, 6>(a.lanes(), shuffle<2, 2, 4 + i, 4 + i>(a.lanes(), b));
 }
 
 /// Writes a, then b. The first store's fourth float is overwritten by the second.

@@ -150,10 +150,16 @@ TEST(Dynamics, AgreesWithNewtonAndEuler) {
       EXPECT_TRUE(identical(partial, partial.transpose()));
     }
     spoil(robot);
-    Eigen::MatrixXf H = Matrix21::Constant(-7.0F);
+    Eigen::MatrixXf large = Eigen::MatrixXf::Constant(30, 25, -7.0F);
+    auto H = large.block(2, 3, 21, 21);
     kinetra::crba<norvaX3, false>::run(robot, H);
     EXPECT_TRUE(identical(H, partial));
     EXPECT_EQ(H(12, 12), norvaX3::inertias[7].I[5]);
+    forEachNode(robot, [&](const auto& n) {  // F has come to the root, whose S only swaps its halves
+      const auto couplings = H.block(0, n.dof_index, 6, n.dof_number);
+      EXPECT_TRUE(identical(n.F.topRows(3), couplings.bottomRows(3))) << n.id;
+      EXPECT_TRUE(identical(n.F.bottomRows(3), couplings.topRows(3))) << n.id;
+    });
 
     const auto inverseDynamics = [&](const Vector21& ddq) {
       spoil(robot);

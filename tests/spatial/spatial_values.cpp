@@ -125,7 +125,7 @@ TEST(Inertias, ActAsTheirMatrixAndAdd) {
     const Vector6f f = random.matrix<6>();
     auto rates = random.matrix<std::decay_t<decltype(S)>::dof_number>();
     EXPECT_TRUE(near(S.matrix(), expected, 0.0));
-    EXPECT_TRUE(near(std::decay_t<decltype(S.matrix())>(a * S), matrix(a) * expected, 0.0));
+    EXPECT_TRUE(near(a * S, matrix(a) * expected, 0.0));
     EXPECT_TRUE(near(Vector6f(Motion(S * rates)), expected * rates.template cast<double>(), 0.0));
     S.transposeTimes(Force(f), rates.data());
     EXPECT_TRUE(near(rates, expected.transpose() * f.cast<double>(), 0.0));
@@ -137,6 +137,7 @@ TEST(Inertias, ActAsTheirMatrixAndAdd) {
 
 TEST(FreeFlyerSubspace, GivesTheBitsOfTheFullProduct) {
   const ConstraintMotionFreeFlyerBody S;
+  // Any NaN is as good as another.
   const auto number = [](const Vector6f& x) { return x.array().isNaN().select(7.0F, x).matrix().eval(); };
   for (const float others : {0.0F, -0.0F, -2.0F}) {
     for (const float one : {0.0F, -0.0F, 3.0F, HUGE_VALF}) {
