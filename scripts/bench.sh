@@ -49,3 +49,5 @@ fi
 step="making the table"
 echo
 python3 scripts/bench_table.py "$results"
+compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' build/release/CMakeCache.txt)
+echo "Compiled by $("$compiler" --version | head -n 1)"
