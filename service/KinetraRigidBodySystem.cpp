@@ -313,8 +313,7 @@ void KinetraRigidBodySystem<Robot>::computePartialComJacobian(std::size_t body,
   kinetra::partial_crba<Robot>::run(robot_, P, static_cast<int>(body));
   // Rows 0-2 of P are the linear momentum per unit rate of each coordinate, in the root's axes; E' turns it into the
   // world's. Adding to zero makes every zero positive.
-  const kinetra::Spatial::Matrix3 E = kinetra::node<0>(robot_).sXp.E;
-  const kinetra::Spatial::Matrix3 Et = E.transpose();
+  const auto Et = kinetra::Spatial::Matrix3(kinetra::node<0>(robot_).sXp.E).transpose();
   const Vec3 zero(0.0F, 0.0F, 0.0F);
   for (int j = 0; j < Robot::nb_dof; ++j) {
     (zero + Et.apply(Vec3::load(&P(0, j)))).store(&J(0, j));

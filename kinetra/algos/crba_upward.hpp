@@ -12,7 +12,7 @@
 
 namespace kinetra::internal {
 
-/// One function for all nodes of the same kinds.
+// One function for all nodes of the same kinds.
 template <typename Joint, typename Rotation>
 void add_inertia_to_parent(const NodeState<Joint, Rotation>& n, Spatial::Inertia& Iic_parent) {
   Iic_parent = Iic_parent + n.sXp.applyInv(n.body.Iic);

@@ -19,7 +19,7 @@ struct Inertia {
     SymmetricMatrix I;
 
     Vec3 h() const { return Vec3(h_m); }
-    Vec3 m() const { return Vec3(shuffle<3, 3, 3, 3>(h_m)); }  ///< three times
+    Vec3 m() const { return Vec3(shuffle<3, 3, 3, 3>(h_m)); }  ///< (m, m, m)
   };
 
   /// A massless point; h and I are left unset.
@@ -34,6 +34,7 @@ struct Inertia {
   }
   operator Lanes() const { return {shuffle<1, 2, 3, 0>(load4(data())), SymmetricMatrix::load(I.data())}; }
 
+  /// Nothing: a body left out.
   static Lanes zero() {
     const Vec3 zeros(0.0F, 0.0F, 0.0F);
     return {zeros.lanes(), SymmetricMatrix(zeros, zeros)};
