@@ -22,7 +22,7 @@ namespace {
 
 using kinetra::norvaX3;
 using kinetra::Spatial::Force;
-using kinetra::Spatial::Vec3;
+using kinetra::Spatial::simd::Vector3;
 using oracle::Estimate;
 
 /// The errors of one kind of result, in float epsilons of the magnitude of each entry.
@@ -110,7 +110,7 @@ void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t
   std::array<Force, 16> forces;
   for (std::size_t b = 0; b < 16; ++b) {
     const float* wrench = state.wrenches[b].data();
-    forces[b] = Force(Vec3::load(wrench + 3), Vec3::load(wrench));
+    forces[b] = Force(Vector3::load(wrench + 3), Vector3::load(wrench));
   }
   const oracle::WholeRobot expected(q, state.dq, state.ddq, forces.data());
 

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -13,11 +15,18 @@
 namespace lumo {
 
 /// The rigid-body system of a model compiled in. It owns a robot record, the host's inputs and the results; its
-/// operations copy into these members, run passes over the record and hand out references. Nothing is cached: a result
-/// changes when its compute operation runs and at no other time.
+/// operations copy into these members, run passes over the record and hand out references. Nothing refreshes itself: a
+/// result changes when its compute operation runs; a stored world pose also when setRootPose or setPose writes it, and
+/// the masses when setBodyInertia does.
 template <typename Robot>
-class KinetraRigidBodySystem : public RigidBodySystem {
+class KinetraRigidBodySystem final : public RigidBodySystem {
  public:
+  using Transform = OX::Math::Transform;
+  using Position3D = OX::Math::Position3D;
+  using Velocity6D = OX::Math::Velocity6D;
+  using ArrayRef = Eigen::Ref<const Eigen::ArrayXf>;
+  using Names = std::array<std::string, Robot::nb_bodies>;
+
   /// All inputs and results zero or the identity. Takes the total mass afresh from the table of inertias.
   KinetraRigidBodySystem();
   KinetraRigidBodySystem(const KinetraRigidBodySystem&) = default;
@@ -27,71 +36,90 @@ class KinetraRigidBodySystem : public RigidBodySystem {
   static void* operator new(std::size_t size) { return Eigen::internal::aligned_malloc(size); }
   static void operator delete(void* memory) noexcept { Eigen::internal::aligned_free(memory); }
 
-  std::unique_ptr<RigidBodySystem> clone() const override;
+  std::unique_ptr<RigidBodySystem> clone() const override { return std::make_unique<KinetraRigidBodySystem>(*this); }
 
-  std::string getName() const override;
-  std::size_t getNbJointAngles() const override;
-  std::size_t getNbBodies() const override;
-  std::size_t getNbVolatileFrames() const override;
-  const std::string& getRootName() const override;
-  const std::string& getJointAngleName(std::size_t jointAngle) const override;
-  std::size_t getJointAngleId(const std::string& name) const override;
-  const std::string& getBodyName(std::size_t body) const override;
-  std::size_t getBodyId(const std::string& name) const override;
+  std::string getName() const override { return {}; }
+  std::size_t getNbJointAngles() const override { return nb_joint_angles; }
+  std::size_t getNbBodies() const override { return nb_bodies; }
+  std::size_t getNbVolatileFrames() const override { return nb_volatile_frames; }
+  const std::string& getRootName() const override { return Robot::joint_names[0]; }
+  const std::string& getJointAngleName(std::size_t jointAngle) const override {
+    return Robot::joint_names[jointAngle + 1];
+  }
+  std::size_t getJointAngleId(const std::string& name) const override {
+    return indexOf(name, Robot::joint_names, 1, "no joint angle named \"");
+  }
+  const std::string& getBodyName(std::size_t body) const override { return Robot::body_names[body]; }
+  std::size_t getBodyId(const std::string& name) const override {
+    return indexOf(name, Robot::body_names, 0, "no body named \"");
+  }
 
-  void setBodyInertia(std::size_t body, float mass, const OX::Math::Position3D& com,
-                      const Eigen::Matrix3f& inertia) override;
-  float getMass() const override;
-  float getPartialMass(std::size_t body) const override;
-  float getMass(std::size_t body) const override;
+  void setBodyInertia(std::size_t body, float mass, const Position3D& com, const Eigen::Matrix3f& inertia) override;
+  float getMass() const override { return mass_; }
+  float getPartialMass(std::size_t body) const override {
+    return body < nb_bodies ? mass_ - Robot::inertias[body].m : mass_;
+  }
+  float getMass(std::size_t body) const override { return Robot::inertias[body].m; }
 
-  void setRootPose(const OX::Math::Transform& pose) override;
-  const OX::Math::Transform& getRootPose() const override;
-  void setRootVelocity(const OX::Math::Velocity6D& velocity) override;
-  void setRootAcceleration(const OX::Math::Velocity6D& acceleration) override;
-  OX::Math::Velocity6D getRootVelocity() const override;
-  OX::Math::Velocity6D getRootAcceleration() const override;
+  void setRootPose(const Transform& pose) override;
+  const Transform& getRootPose() const override { return poses_[0]; }
+  void setRootVelocity(const Velocity6D& velocity) override { setRoot(dq_, floats(velocity)); }
+  void setRootAcceleration(const Velocity6D& acceleration) override { setRoot(ddq_, floats(acceleration)); }
+  Velocity6D getRootVelocity() const override { return velocity6D(dq_); }
+  Velocity6D getRootAcceleration() const override { return velocity6D(ddq_); }
 
-  void setJointAnglesPos(const Eigen::Ref<const Eigen::ArrayXf>& positions) override;
-  void setJointAnglesVel(const Eigen::Ref<const Eigen::ArrayXf>& velocities) override;
-  void setJointAnglesAcc(const Eigen::Ref<const Eigen::ArrayXf>& accelerations) override;
-  void setJointAnglePos(std::size_t jointAngle, float position) override;
-  void setJointAngleVel(std::size_t jointAngle, float velocity) override;
-  void setJointAngleAcc(std::size_t jointAngle, float acceleration) override;
-  float getJointAnglePos(std::size_t jointAngle) const override;
-  float getJointAngleVel(std::size_t jointAngle) const override;
-  float getJointAngleAcc(std::size_t jointAngle) const override;
-  FloatView getJointAnglesPos() const override;
-  FloatView getJointAnglesVel() const override;
-  FloatView getJointAnglesAcc() const override;
+  void setJointAnglesPos(const ArrayRef& positions) override { setJointAngles(q_, positions); }
+  void setJointAnglesVel(const ArrayRef& velocities) override { setJointAngles(dq_, velocities); }
+  void setJointAnglesAcc(const ArrayRef& accelerations) override { setJointAngles(ddq_, accelerations); }
+  void setJointAnglePos(std::size_t jointAngle, float position) override { jointAngleOf(q_, jointAngle) = position; }
+  void setJointAngleVel(std::size_t jointAngle, float velocity) override { jointAngleOf(dq_, jointAngle) = velocity; }
+  void setJointAngleAcc(std::size_t jointAngle, float acceleration) override {
+    jointAngleOf(ddq_, jointAngle) = acceleration;
+  }
+  float getJointAnglePos(std::size_t jointAngle) const override { return jointAngles(q_)[jointAngle]; }
+  float getJointAngleVel(std::size_t jointAngle) const override { return jointAngles(dq_)[jointAngle]; }
+  float getJointAngleAcc(std::size_t jointAngle) const override { return jointAngles(ddq_)[jointAngle]; }
+  FloatView getJointAnglesPos() const override { return jointAngles(q_); }
+  FloatView getJointAnglesVel() const override { return jointAngles(dq_); }
+  FloatView getJointAnglesAcc() const override { return jointAngles(ddq_); }
 
-  void setExternalWrench(std::size_t body, const std::vector<float>& wrench) override;
-  void setExternalWrench(std::size_t body, const std::vector<float>& wrench, OX::Math::Transform frame) override;
+  void setExternalWrench(std::size_t body, const std::vector<float>& wrench) override { fext_[body] = toForce(wrench); }
+  void setExternalWrench(std::size_t body, const std::vector<float>& wrench, Transform frame) override {
+    fext_[body] = fromOXMath(frame).apply(toForce(wrench));
+  }
 
   void computeFwdKinematicsExceptRoot() override;
   void computeFwdKinematicsOnlyRoot() override;
   void computeGeneralizedMass() override;
   void computePartialComJacobian(std::size_t body, Eigen::Matrix<float, 3, Eigen::Dynamic>& J) override;
-  OX::Math::Position3D computePartialComPositionInRoot(std::size_t body) override;
+  Position3D computePartialComPositionInRoot(std::size_t body) override;
 
-  const OX::Math::Transform& getPoseInRoot(std::size_t body) const override;
-  const OX::Math::Transform& getPose(std::size_t body) const override;
-  void setPose(std::size_t body, const OX::Math::Transform& pose) override;
-  const OX::Math::Transform& getVolatilePose(std::size_t frame) const override;
-  void setVolatilePose(std::size_t frame, const OX::Math::Transform& pose) override;
-  OX::Math::Position3D getComPosition(std::size_t body) const override;
-  const OX::Math::Position3D& getComPositionInRoot() const override;
-  const OX::Math::Position3D& getComPosition() const override;
+  const Transform& getPoseInRoot(std::size_t body) const override { return posesInRoot_[body]; }
+  const Transform& getPose(std::size_t body) const override {
+    return body == std::numeric_limits<std::size_t>::max() ? worldPose_ : poses_[body];
+  }
+  void setPose(std::size_t body, const Transform& pose) override { poses_[body] = pose; }
+  const Transform& getVolatilePose(std::size_t frame) const override { return poses_[nb_bodies + frame]; }
+  void setVolatilePose(std::size_t frame, const Transform& pose) override { poses_[nb_bodies + frame] = pose; }
+  Position3D getComPosition(std::size_t body) const override {
+    return poses_[body] * toPosition3D(load(Robot::inertias[body]).com());
+  }
+  const Position3D& getComPositionInRoot() const override { return comInRoot_; }
+  const Position3D& getComPosition() const override { return com_; }
 
-  const Eigen::MatrixXf& getGeneralizedMass() const override;
-  const Eigen::Matrix<float, 6, Eigen::Dynamic>& getJacobianInRoot() const override;
-  std::vector<std::int64_t> getParentsVector() const override;
-  std::vector<std::int64_t> getDofNumbersVector() const override;
-  std::vector<std::int64_t> getDofIndexesVector() const override;
+  const Eigen::MatrixXf& getGeneralizedMass() const override { return H_; }
+  const Eigen::Matrix<float, 6, Eigen::Dynamic>& getJacobianInRoot() const override { return J_; }
+  std::vector<std::int64_t> getParentsVector() const override { return {Robot::parents.begin(), Robot::parents.end()}; }
+  std::vector<std::int64_t> getDofNumbersVector() const override {
+    return {Robot::dof_numbers.begin(), Robot::dof_numbers.end()};
+  }
+  std::vector<std::int64_t> getDofIndexesVector() const override {
+    return {Robot::dof_indexes.begin(), Robot::dof_indexes.end()};
+  }
 
   void computeInverseDynamics() override;
-  float getJointAngleTorque(std::size_t jointAngle) const override;
-  FloatView getJointAnglesTorque() const override;
+  float getJointAngleTorque(std::size_t jointAngle) const override { return jointAngles(torques_)[jointAngle]; }
+  FloatView getJointAnglesTorque() const override { return jointAngles(torques_); }
 
  private:
   static constexpr int nb_root_dof = 6;
@@ -101,13 +129,19 @@ class KinetraRigidBodySystem : public RigidBodySystem {
 
   using JointSpaceVector = Eigen::Matrix<float, Robot::nb_dof, 1>;
 
-  static FloatView jointAngles(const JointSpaceVector& v);
-  static void setJointAngles(JointSpaceVector& v, const Eigen::Ref<const Eigen::ArrayXf>& values);
+  static FloatView jointAngles(const JointSpaceVector& v) { return {v.data() + nb_root_dof, v.data() + Robot::nb_dof}; }
+  static float& jointAngleOf(JointSpaceVector& v, std::size_t jointAngle) { return v.data()[nb_root_dof + jointAngle]; }
+  static void setJointAngles(JointSpaceVector& v, const ArrayRef& values) {
+    std::copy_n(values.data(), nb_joint_angles, v.data() + nb_root_dof);
+  }
+  static void setRoot(JointSpaceVector& v, const float* values) { std::copy_n(values, nb_root_dof, v.data()); }
+  static Velocity6D velocity6D(const JointSpaceVector& v) { return Velocity6D(v[0], v[1], v[2], v[3], v[4], v[5]); }
+  static std::size_t indexOf(const std::string& name, const Names& names, std::size_t first, const char* message);
 
   // The order of the members is part of the design: they are built and copied from first to last.
 
   // Every node's transforms: written by the forward kinematics (of the root alone, or of all) and by
-  // computeInverseDynamics, from q_. The mass matrix works on what they left.
+  // computeInverseDynamics, from q_. The mass matrix and the partial Jacobian work on what they left.
   Robot robot_;
 
   // Inputs: written by the setters. 21 x 1, the root's six first.
@@ -125,25 +159,25 @@ class KinetraRigidBodySystem : public RigidBodySystem {
   // the first six columns are constant, the root's motion subspace.
   Eigen::Matrix<float, 6, Eigen::Dynamic> J_;
 
-  // computeGeneralizedMass: stale once a later pass moves a node or an inertia changes. 21 x 21; zero between branches.
+  // computeGeneralizedMass: stale once a joint angle or an inertia changes. 21 x 21; zero between branches.
   Eigen::MatrixXf H_;
 
   // computeFwdKinematicsOnlyRoot, setRootPose (the root) and setPose: stale once a position changes. World frame. The
   // volatile frame stands behind the bodies and is only ever set.
-  std::vector<OX::Math::Transform> poses_;
+  std::vector<Transform> poses_;
 
   // computeFwdKinematicsExceptRoot: stale once a joint angle changes. Root's frame; iX1_ takes root coordinates to the
   // body's. Entry 0 of both is the identity for ever.
-  std::vector<OX::Math::Transform> posesInRoot_;
+  std::vector<Transform> posesInRoot_;
   std::array<SpatialTransform, nb_bodies> iX1_;
 
   // computeFwdKinematicsOnlyRoot, from the root's pose and comInRoot_; computeFwdKinematicsExceptRoot. Stale as the
   // poses are, and once an inertia changes.
-  OX::Math::Position3D com_;
-  OX::Math::Position3D comInRoot_;
+  Position3D com_;
+  Position3D comInRoot_;
 
   // The pose of the world in itself.
-  OX::Math::Transform worldPose_;
+  Transform worldPose_;
 
   // Total mass of the model, for the whole process (kg). Written by the default constructor and by setBodyInertia.
   static float mass_;

@@ -42,14 +42,15 @@ static_assert(std::is_trivially_copyable_v<FloatView> && sizeof(FloatView) == 2 
 /// coordinates in the body's frame to the reference frame, p_ref = R p + t. The world's z axis points up.
 ///
 /// An index out of range is the caller's error and is not checked, except where an operation says so. Nothing
-/// allocates but create, clone, getName, the three get...Vector queries, and computePartialComJacobian for a matrix
-/// of another size; a failed look-up allocates its message. One object serves one thread at a time; setBodyInertia
+/// allocates but create, clone, the three get...Vector queries, and computePartialComJacobian for a matrix of another
+/// size; a failed look-up allocates its message. One object serves one thread at a time; setBodyInertia
 /// and creation write data that all objects share, so they must not overlap any operation on any object.
 ///
 /// The declaration order is binding: hosts call through it.
 class RigidBodySystem {
  public:
   virtual ~RigidBodySystem() = default;
+  RigidBodySystem& operator=(const RigidBodySystem&) = delete;
 
   /// A new object with the same inputs and results, stale ones included; throws std::bad_alloc.
   virtual std::unique_ptr<RigidBodySystem> clone() const = 0;
@@ -134,12 +135,13 @@ class RigidBodySystem {
     computeFwdKinematicsExceptRoot();
     computeFwdKinematicsOnlyRoot();
   }
-  /// The generalized mass matrix at the configuration of the last forward kinematics or inverse dynamics.
+  /// The generalized mass matrix at the joint angles of the last computeFwdKinematicsExceptRoot or
+  /// computeInverseDynamics, one of which must have run on a new object. The root's pose plays no part in it.
   virtual void computeGeneralizedMass() = 0;
   /// Sets J to 3 x 21: the partial mass times the Jacobian of the centre of mass of all bodies but `body`, in world
-  /// axes (kg m per unit coordinate), at the configuration of the last forward kinematics or inverse dynamics. Divide
-  /// by getPartialMass(body) for the Jacobian itself. J is left alone when `body` is not a body. Throws std::bad_alloc
-  /// when J needs new storage and there is none; J is then as it was.
+  /// axes (kg m per unit coordinate), at the configuration of the last forward kinematics or inverse dynamics, one of
+  /// which must have run on a new object. Divide by getPartialMass(body) for the Jacobian itself. J is left alone when
+  /// `body` is not a body. Throws std::bad_alloc when J needs new storage and there is none; J is then as it was.
   virtual void computePartialComJacobian(std::size_t body, Eigen::Matrix<float, 3, Eigen::Dynamic>& J) = 0;
   /// Centre of mass of all bodies but `body`, 1 to getNbBodies() - 1, in the root's frame (m), from the last
   /// computeFwdKinematicsExceptRoot. Beware: for the root and for no body it returns getComPosition(), the whole
@@ -188,6 +190,10 @@ class RigidBodySystem {
   /// Torque of a joint (N m) as of the last computeInverseDynamics.
   virtual float getJointAngleTorque(std::size_t jointAngle) const = 0;
   virtual FloatView getJointAnglesTorque() const = 0;
+
+ protected:
+  RigidBodySystem() = default;
+  RigidBodySystem(const RigidBodySystem&) = default;
 };
 
 }  // namespace lumo

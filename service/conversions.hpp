@@ -1,6 +1,7 @@
 #pragma once
 
 #include <type_traits>
+#include <vector>
 
 #include <kinetra/spatial/Transform.hpp>
 #include <service/RigidBodySystem.hpp>
@@ -10,6 +11,7 @@
 
 namespace lumo {
 
+namespace simd = kinetra::Spatial::simd;
 using SpatialTransform = kinetra::Spatial::TransformT<kinetra::Spatial::RotationMatrix>;
 
 /// The floats of a host value, in order: a Transform's rows (three of R, one of t), a position's or velocity's
@@ -27,24 +29,25 @@ static_assert(sizeof(OX::Math::Velocity6D) == 6 * sizeof(float), "linear x, y, z
 
 /// The pose of X's new frame in its old frame: R = E', t = r. Moves values only.
 template <typename Rotation>
-void invToOXMath(const kinetra::Spatial::TransformT<Rotation>& X, OX::Math::Transform& H) {
-  using kinetra::Spatial::append;
-  using kinetra::Spatial::store4;
-  const kinetra::Spatial::Matrix3 E = X.E;
-  const kinetra::Spatial::Float4 r = kinetra::Spatial::Vec3(X.r).lanes();
+void invToOXMath(const simd::TransformT<Rotation>& X, OX::Math::Transform& H) {
   float* rows = floats(H);
-  store4(append<0>(E.column0, r), rows);
-  store4(append<1>(E.column1, r), rows + 4);
-  store4(append<2>(E.column2, r), rows + 8);
+  simd::store4(simd::append<0>(X.E.column0, X.r.lanes()), rows);
+  simd::store4(simd::append<1>(X.E.column1, X.r.lanes()), rows + 4);
+  simd::store4(simd::append<2>(X.E.column2, X.r.lanes()), rows + 8);
 }
+inline void invToOXMath(const SpatialTransform& X, OX::Math::Transform& H) { invToOXMath(load(X), H); }
 
-/// The pose of A's new frame in B's old frame, B first: the inverse of A B. Row 2 of R is the cross product of rows 0
-/// and 1, as column 2 of every product of rotations is.
+/// The pose of A's new frame in B's old frame, B first: the inverse of A B. If both rotations are
+/// general, row 2 of R is the cross product of rows 0 and 1, as column 2 of their product is of its columns 0 and 1.
 template <typename RotationA, typename RotationB>
-[[gnu::always_inline]] inline void invProdToOXMath(const kinetra::Spatial::TransformT<RotationA>& A,
-                                                   const kinetra::Spatial::TransformT<RotationB>& B,
-                                                   OX::Math::Transform& H) {
+[[gnu::always_inline]] inline void invProdToOXMath(const simd::TransformT<RotationA>& A,
+                                                   const simd::TransformT<RotationB>& B, OX::Math::Transform& H) {
   invToOXMath(A * B, H);
+}
+template <typename RotationA, typename RotationB>
+void invProdToOXMath(const kinetra::Spatial::TransformT<RotationA>& A, const kinetra::Spatial::TransformT<RotationB>& B,
+                     OX::Math::Transform& H) {
+  invProdToOXMath(load(A), load(B), H);
 }
 
 /// The host transform that takes points as X does: R = E, t = -E r.
@@ -54,10 +57,22 @@ inline void toOXMath(const SpatialTransform& X, OX::Math::Transform& H) {
 
 /// The spatial transform that takes points as H does: E = R, r = -R't. R must be orthonormal; not checked.
 inline SpatialTransform fromOXMath(const OX::Math::Transform& H) {
-  using kinetra::Spatial::Vec3;
   const float* rows = floats(H);
-  const kinetra::Spatial::Matrix3 Rt = {Vec3::load(rows), Vec3::load(rows + 4), Vec3::load(rows + 8)};
-  return {Rt.transpose(), -Rt.apply(Vec3(rows[3], rows[7], rows[11]))};
+  const simd::RotationMatrix Rt = {simd::Vector3::load(rows), simd::Vector3::load(rows + 4),
+                                   simd::Vector3::load(rows + 8)};
+  return SpatialTransform({Rt.transpose(), -Rt.apply({rows[3], rows[7], rows[11]})});
+}
+
+inline OX::Math::Position3D toPosition3D(simd::Vector3 p) {
+  OX::Math::Position3D position;
+  p.store(floats(position));
+  return position;
+}
+
+/// The spatial force of a wrench of six floats, force then torque.
+inline kinetra::Spatial::Force toForce(const std::vector<float>& wrench) {
+  return kinetra::Spatial::Force(
+      simd::Force{simd::Vector3::load(wrench.data() + 3), simd::Vector3::load(wrench.data())});
 }
 
 }  // namespace lumo

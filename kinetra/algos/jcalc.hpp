@@ -21,15 +21,29 @@ auto coordinates(const Vector& v) {
   }
 }
 
-/// Positions and velocities: run(robot, q, dq), each 21 x 1 (m, rad; m/s, rad/s).
+/// Xj Xt
+template <typename XtRotation>
+[[gnu::always_inline]] inline auto place(const simd::TransformT<simd::RotationMatrix>& Xj,
+                                         const TransformT<XtRotation>& Xt) {
+  return Xj * load(Xt);
+}
+/// A revolute joint does not translate, so that r is Xt's: to the bit, because no placement has a -0.
+template <typename XtRotation>
+[[gnu::always_inline]] inline auto place(const simd::TransformT<simd::RotationMatrixAboutZ>& Xj,
+                                         const TransformT<XtRotation>& Xt) {
+  const auto E = Xj.E * load(Xt.E);
+  return simd::TransformT<std::decay_t<decltype(E)>>{E, Xt.r};
+}
+
+/// Positions and velocities: run(robot, q, dq), each nb_dof x 1 (m, rad; m/s, rad/s).
 template <typename Robot, int i>
 struct JcalcVisitor {
   template <typename Vector>
   static void discover(Robot& robot, const Vector& q, const Vector& dq) {
     using Node = node_t<Robot, i>;
     auto& n = node<i>(robot);
-    const auto& Xj = n.joint.jcalc(coordinates<Node>(q), coordinates<Node>(dq));
-    n.sXp = n.joint.placed(Xj, Node::Xt);
+    const auto Xj = n.joint.jcalc(coordinates<Node>(q), coordinates<Node>(dq));
+    store(place(Xj, Node::Xt), n.sXp);
   }
   template <typename Vector>
   static void finish(Robot&, const Vector&, const Vector&) {}
@@ -42,8 +56,8 @@ struct JcalcPosVisitor {
   static void discover(Robot& robot, const Vector& q) {
     using Node = node_t<Robot, i>;
     auto& n = node<i>(robot);
-    const auto& Xj = n.joint.jcalc_pos(coordinates<Node>(q));
-    n.sXp = n.joint.placed(Xj, Node::Xt);
+    const auto Xj = n.joint.jcalc_pos(coordinates<Node>(q));
+    store(place(Xj, Node::Xt), n.sXp);
   }
   template <typename Vector>
   static void finish(Robot&, const Vector&) {}

@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include <kinetra/Node.hpp>
 #include <kinetra/depth_first_traversal.hpp>
-#include <kinetra/spatial/Transform.hpp>
 
 // Sum of mass times centre of mass over all bodies but one, in the root's frame.
 //
@@ -16,39 +16,30 @@ namespace kinetra {
 
 namespace internal {
 
-/// Adds m P to comSum (kg m), P = E'c + r the body's centre of mass in the root's frame, (E, r) = iX1.
-template <typename Rotation, typename Vector>
-void add_first_moment(const Spatial::Inertia& inertia, const Spatial::TransformT<Rotation>& iX1, Vector& comSum) {
-  comSum = iX1.applyInvToPoint(inertia.com()) * inertia.m + comSum;
-}
-
 /// run(robot, iX1, excludedBody, comSum) from a child of the root sums over that child's subtree.
 template <typename Robot, int k>
 struct PartialComVisitor {
-  using Transform = Spatial::TransformT<Spatial::RotationMatrix>;
-
   template <typename Vector>
-  static void discover(Robot&, const Transform* iX1, int excludedBody, Vector& comSum) {
-    if (excludedBody != k) {
-      add_first_moment(Robot::inertias[k], iX1[k], comSum);
-    }
+  static void discover(Robot&, const TransformT<RotationMatrix>* iX1, int excludedBody, Vector& comSum) {
+    if (excludedBody == k) return;
+    comSum = firstMoment(load(Robot::inertias[k]), load(iX1[k])) + comSum;
   }
   template <typename Vector>
-  static void finish(Robot&, const Transform*, int, Vector&) {}
+  static void finish(Robot&, const TransformT<RotationMatrix>*, int, Vector&) {}
 };
 
 }  // namespace internal
 
 template <typename Robot>
 struct partial_com {
-  /// iX1: 16 transforms, root to body. excludedBody: 1 to 15; any other value excludes nothing. comSum in kg m.
+  /// iX1: nb_bodies transforms, root to body. excludedBody: any body but the root; any other value excludes nothing.
+  /// comSum in kg m.
   template <typename Derived>
-  static void run(Robot& robot, const Spatial::TransformT<Spatial::RotationMatrix>* iX1, int excludedBody,
+  static void run(Robot& robot, const TransformT<RotationMatrix>* iX1, int excludedBody,
                   Eigen::MatrixBase<Derived>& comSum) {
-    static_assert(Derived::SizeAtCompileTime == 3 && Derived::InnerStrideAtCompileTime == 1, "three floats in a row");
-    Spatial::Vec3 sum = Robot::inertias[0].h;
+    simd::Vector3 sum = Robot::inertias[0].h;
     visit(typename node_t<Robot, 0>::children{}, robot, iX1, excludedBody, sum);
-    sum.store(comSum.derived().data());
+    comSum = Eigen::Vector3f(sum);
   }
 
  private:

@@ -1,7 +1,6 @@
 #pragma once
 
-#include <kinetra/algos/crba_upward.hpp>
-#include <kinetra/depth_first_traversal.hpp>
+#include <kinetra/algos/crba.hpp>
 
 namespace kinetra {
 
@@ -10,19 +9,14 @@ namespace kinetra {
 template <typename Robot>
 struct partial_crba {
   template <typename Robot_, int i>
-  struct DftVisitor : internal::crba_upward<Robot_, i> {
+  struct DftVisitor : crba<Robot, false>::template DftVisitor<Robot_, i> {
     template <typename Derived>
     static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&, int excludedBody) {
-      node<i>(robot).body.Iic =
-          excludedBody == i ? Spatial::Inertia::zero() : Spatial::Inertia::Lanes(Robot_::inertias[i]);
-    }
-    template <typename Derived>
-    static void finish(Robot_& robot, Eigen::MatrixBase<Derived>& H, int) {
-      internal::crba_upward<Robot_, i>::finish(robot, H);
+      store(excludedBody == i ? simd::Inertia::zero() : load(Robot_::inertias[i]), node<i>(robot).body.Iic);
     }
   };
 
-  /// H: 21 x 21, as crba fills it. An excludedBody that is no body excludes nothing.
+  /// H: as crba fills it. An excludedBody that is not a body excludes nothing.
   template <typename Derived>
   static void run(Robot& robot, Eigen::MatrixBase<Derived>& H, const int& excludedBody) {
     internal::depth_first_traversal<DftVisitor, Robot>::run(robot, H, excludedBody);

@@ -4,41 +4,60 @@
 
 namespace kinetra::Spatial {
 
+namespace simd {
+
+struct ConstraintMotionAboutZ {
+  static constexpr int size = 6;
+
+  Vector3 angular;
+  Vector3 linear;
+
+  static ConstraintMotionAboutZ load(const float* p) {
+    return {Vector3(load4(p)), Vector3(shuffle<1, 2, 3, 0>(load4(p + 2)))};
+  }
+
+  /// S a: the joint's motion for one rate or acceleration a (rad/s, rad/s^2).
+  Motion operator*(const Eigen::Matrix<float, 1, 1>& a) const { return {angular * a[0], linear * a[0]}; }
+
+  /// I S = (I_xz, I_yz, I_zz, -h_y, h_x, 0): the momentum of a body of inertia I for a unit rate. By the pattern of S,
+  /// whose one column is number 0.
+  static Force momentum(const Inertia& inertia, int = 0) {
+    const Float4 h = inertia.h_m;
+    const Float4 yx = shuffle<1, 1, 4, 4>(-h, h);  // -hy -hy hx hx
+    return {inertia.I.column2(), Vector3(shuffle<0, 2, 4, 4>(yx, Float4{}))};
+  }
+
+  /// S'f, the component of f along the joint's coordinate, into one float: all six products.
+  void transposeTimes(Force f, float* projected) const { *projected = sum(angular * f.couple + linear * f.force); }
+};
+
+}  // namespace simd
+
 /// Motion subspace of a revolute joint about its z axis: the unit angular motion about z, one stored column.
 class ConstraintMotionAboutZ {
  public:
+  using InRegisters = simd::ConstraintMotionAboutZ;
   static constexpr int dof_number = 1;
 
   ConstraintMotionAboutZ() { S_ << 0.0F, 0.0F, 1.0F, 0.0F, 0.0F, 0.0F; }
 
   const Eigen::Matrix<float, 6, 1>& matrix() const { return S_; }
 
-  /// I S = (I_xz, I_yz, I_zz, -h_y, h_x, 0): the momentum of a body of inertia I for a unit rate. By the pattern of S,
-  /// whose one column is number 0.
-  Force::Lanes momentum(const Inertia::Lanes& inertia, int = 0) const {
-    const Float4 h = inertia.h_m;
-    const Vec3 force(shuffle<0, 2, 4, 4>(shuffle<1, 1, 4, 4>(-h, h), Float4{}));
-    return {inertia.I.matrix().column2, force};
-  }
-
-  /// S a: the joint's motion for one rate or acceleration a (rad/s, rad/s^2).
-  Motion::Lanes operator*(const Eigen::Matrix<float, 1, 1>& a) const { return {angular() * a[0], linear() * a[0]}; }
-
-  /// S'f, the component of f along the joint's coordinate, into one float: all six products, S as stored.
-  void transposeTimes(Force::Lanes f, float* projected) const {
-    *projected = sum(angular() * f.couple() + linear() * f.force());
+  /// S a and S'f
+  Eigen::Matrix<float, 6, 1> operator*(const Eigen::Matrix<float, 1, 1>& a) const { return Motion(load(*this) * a); }
+  Eigen::Matrix<float, 1, 1> transposeTimes(const Force& f) const {
+    Eigen::Matrix<float, 1, 1> projected;
+    load(*this).transposeTimes(load(f), projected.data());
+    return projected;
   }
 
  private:
-  Vec3 angular() const { return Vec3(load4(S_.data())); }
-  Vec3 linear() const { return Vec3(shuffle<1, 2, 3, 0>(load4(S_.data() + 2))); }
-
   Eigen::Matrix<float, 6, 1> S_;
 };
 
 /// I S, a force as a column of six.
 inline Eigen::Matrix<float, 6, 1> operator*(const Inertia& inertia, const ConstraintMotionAboutZ& S) {
-  return S.momentum(inertia);
+  return Force(load(S).momentum(load(inertia)));
 }
 
 }  // namespace kinetra::Spatial

@@ -4,10 +4,59 @@
 
 namespace kinetra::Spatial {
 
+namespace simd {
+
+/// Its 36 floats stay where they are stored; only its columns are read, one by one.
+struct ConstraintMotionFreeFlyerBody {
+  static constexpr int size = 36;
+
+  const float* columns;
+
+  static ConstraintMotionFreeFlyerBody load(const float* p) { return {p}; }
+
+  /// The joint's motion for a unit rate of coordinate k.
+  Motion column(int k) const { return Motion::load(columns + 6 * k); }
+
+  /// S a: the joint's motion for six rates or accelerations a, linear first. They are read one by one, as they often
+  /// come from a copy that the compiler made in pieces of its own.
+  Motion operator*(const Eigen::Matrix<float, 6, 1>& a) const {
+    const auto [angular, linear] = swapHalves({a[0], a[1], a[2]}, {a[3], a[4], a[5]});
+    return {angular, linear};
+  }
+
+  /// Column k of I S: the momentum of a body of inertia I for a unit rate of coordinate k.
+  Force momentum(const Inertia& inertia, int k) const { return inertia * column(k); }
+
+  /// S'f, the six components of f along the joint's coordinates, into six floats. S is its own transpose.
+  static void transposeTimes(Force f, float* projected) {
+    const auto [linear, angular] = swapHalves(f.couple, f.force);
+    store6(linear, angular, projected);
+  }
+
+ private:
+  struct Halves {
+    Vector3 first;
+    Vector3 last;
+  };
+
+  /// S (a, b) = (b, a), by the pattern of S. Each entry takes the products with the five zeros of its row along, which
+  /// decide the sign of a zero and what comes of an infinity, so that all bits are those of the full product.
+  static Halves swapHalves(Vector3 a, Vector3 b) {
+    const Vector3 a0 = a * 0.0F;
+    const Vector3 b0 = b * 0.0F;
+    const Vector3 other_a0 = a0.yzx() + a0.zxy();
+    const Vector3 other_b0 = b0.yzx() + b0.zxy();
+    return {b + ((a0 + other_a0) + other_b0), a + ((b0 + other_b0) + other_a0)};
+  }
+};
+
+}  // namespace simd
+
 /// Motion subspace of a free-flying body: all six motions, in the body's own axes. Columns 0-2 are the unit linear
 /// motions along x, y, z, columns 3-5 the unit angular ones about them: S = [[0, 1], [1, 0]], stored column by column.
 class ConstraintMotionFreeFlyerBody {
  public:
+  using InRegisters = simd::ConstraintMotionFreeFlyerBody;
   static constexpr int dof_number = 6;
 
   ConstraintMotionFreeFlyerBody() {
@@ -18,41 +67,15 @@ class ConstraintMotionFreeFlyerBody {
 
   const Eigen::Matrix<float, 6, 6>& matrix() const { return S_; }
 
-  /// The joint's motion for a unit rate of coordinate k.
-  Motion::Lanes column(int k) const { return {Vec3::load(&S_(0, k)), Vec3::load(&S_(3, k))}; }
-
-  /// Column k of I S: the momentum of a body of inertia I for a unit rate of coordinate k.
-  Force::Lanes momentum(const Inertia::Lanes& inertia, int k) const { return inertia * column(k); }
-
-  /// S a: the joint's motion for six rates or accelerations a, linear first. They are read one by one, as they often
-  /// come from a copy that the compiler made in pieces of its own.
-  Motion::Lanes operator*(const Eigen::Matrix<float, 6, 1>& a) const {
-    const auto [angular, linear] = times({a[0], a[1], a[2]}, {a[3], a[4], a[5]});
-    return {angular, linear};
-  }
-
-  /// S'f, the six components of f along the joint's coordinates, into six floats. S is its own transpose.
-  void transposeTimes(Force::Lanes f, float* projected) const {
-    const auto [linear, angular] = times(f.couple(), f.force());
-    store6(linear, angular, projected);
+  /// S a and S'f
+  Eigen::Matrix<float, 6, 1> operator*(const Eigen::Matrix<float, 6, 1>& a) const { return Motion(load(*this) * a); }
+  Eigen::Matrix<float, 6, 1> transposeTimes(const Force& f) const {
+    Eigen::Matrix<float, 6, 1> projected;
+    load(*this).transposeTimes(load(f), projected.data());
+    return projected;
   }
 
  private:
-  struct Halves {
-    Vec3 first;
-    Vec3 last;
-  };
-
-  /// S (a, b) = (b, a), by the pattern of S. Each entry takes the products with the five zeros of its row along, which
-  /// decide the sign of a zero and what comes of an infinity, so that all bits are those of the full product.
-  static Halves times(Vec3 a, Vec3 b) {
-    const Vec3 a0 = a * 0.0F;
-    const Vec3 b0 = b * 0.0F;
-    const Vec3 other_a0 = a0.yzx() + a0.zxy();
-    const Vec3 other_b0 = b0.yzx() + b0.zxy();
-    return {b + ((a0 + other_a0) + other_b0), a + ((b0 + other_b0) + other_a0)};
-  }
-
   Eigen::Matrix<float, 6, 6> S_;
 };
 
@@ -60,7 +83,7 @@ class ConstraintMotionFreeFlyerBody {
 inline Eigen::Matrix<float, 6, 6> operator*(const Inertia& inertia, const ConstraintMotionFreeFlyerBody& S) {
   Eigen::Matrix<float, 6, 6> F;
   for (int k = 0; k < 6; ++k) {
-    S.momentum(inertia, k).store(&F(0, k));
+    load(S).momentum(load(inertia), k).store(&F(0, k));
   }
   return F;
 }

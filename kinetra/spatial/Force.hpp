@@ -1,44 +1,47 @@
 #pragma once
 
 #include <kinetra/spatial/Motion.hpp>
-#include <kinetra/spatial/Vec3.hpp>
 
 namespace kinetra::Spatial {
+
+namespace simd {
+
+struct Force {
+  static constexpr int size = 6;
+
+  Vector3 couple;
+  Vector3 force;
+
+  static Force load(const float* p) { return {Vector3::load(p), Vector3::load(p + 3)}; }
+  void store(float* p) const { store6(couple, force, p); }
+};
+
+inline Force operator+(Force a, Force b) { return {a.couple + b.couple, a.force + b.force}; }
+inline Force operator-(Force a, Force b) { return {a.couple - b.couple, a.force - b.force}; }
+
+/// (w, v0) x* (n, f0) = (w x n + v0 x f0, w x f0)
+inline Force crf(Motion v, Force f) {
+  return {cross(v.angular, f.couple) + cross(v.linear, f.force), cross(v.angular, f.force)};
+}
+
+}  // namespace simd
 
 /// A spatial force in one frame: the couple about the frame's origin, then the linear force (N m, N).
 /// Featherstone 2008, section 2.3.
 class Force {
  public:
-  /// A force at work, its parts in registers: what operations take and give. Either form turns into the other.
-  class Lanes {
-   public:
-    Lanes(Vec3 couple, Vec3 force) : couple_(couple), force_(force) {}
-    static Lanes load(const float* f) { return {Vec3::load(f), Vec3::load(f + 3)}; }
-    void store(float* f) const { store6(couple_, force_, f); }
-    Vec3 couple() const { return couple_; }
-    Vec3 force() const { return force_; }
-    operator Eigen::Matrix<float, 6, 1>() const { return Force(*this); }
-
-   private:
-    Vec3 couple_;
-    Vec3 force_;
-  };
+  using InRegisters = simd::Force;
+  using Vector6 = Eigen::Matrix<float, 6, 1>;
 
   /// Left unset.
   Force() = default;
-  Force(Lanes f) { *this = f; }
-  Force(Vec3 couple, Vec3 force) : Force(Lanes(couple, force)) {}
+  explicit Force(simd::Force f) { store(f, *this); }
+  Force(const Eigen::Vector3f& couple, const Eigen::Vector3f& force) : couple_(couple), force_(force) {}
   /// From and to a column of six, couple first.
-  explicit Force(const Eigen::Matrix<float, 6, 1>& f) : Force(Lanes::load(f.data())) {}
-  operator Eigen::Matrix<float, 6, 1>() const { return (Eigen::Matrix<float, 6, 1>() << couple_, force_).finished(); }
+  explicit Force(const Vector6& f) : Force(simd::Force::load(f.data())) {}
+  operator Vector6() const { return (Vector6() << couple_, force_).finished(); }
 
-  Force& operator=(Lanes f) {
-    f.store(reinterpret_cast<float*>(this));
-    return *this;
-  }
-  operator Lanes() const { return {couple_, force_}; }
-
-  static Force zero() { return {Vec3(0.0F, 0.0F, 0.0F), Vec3(0.0F, 0.0F, 0.0F)}; }
+  static Force zero() { return Force(Vector6(Vector6::Zero())); }
 
   const Eigen::Vector3f& couple() const { return couple_; }
   const Eigen::Vector3f& force() const { return force_; }
@@ -49,19 +52,12 @@ class Force {
   Eigen::Vector3f couple_;
   Eigen::Vector3f force_;
 };
-static_assert(sizeof(Force) == 6 * sizeof(float), "a Force is six contiguous floats");
 
-inline Force::Lanes operator+(Force::Lanes a, Force::Lanes b) {
-  return {a.couple() + b.couple(), a.force() + b.force()};
-}
-inline Force::Lanes operator-(Force::Lanes a, Force::Lanes b) {
-  return {a.couple() - b.couple(), a.force() - b.force()};
-}
+inline Force operator+(const Force& a, const Force& b) { return Force(load(a) + load(b)); }
+inline Force operator-(const Force& a, const Force& b) { return Force(load(a) - load(b)); }
 
 /// Force cross product v x* f: the rate of change of f when it is carried along with velocity v, both in one frame.
-/// (w, v0) x* (n, f0) = (w x n + v0 x f0, w x f0). Featherstone 2008, section 2.9.
-inline Force::Lanes crf(Motion::Lanes v, Force::Lanes f) {
-  return {cross(v.angular(), f.couple()) + cross(v.linear(), f.force()), cross(v.angular(), f.force())};
-}
+/// Featherstone 2008, section 2.9.
+inline Force crf(const Motion& v, const Force& f) { return Force(crf(load(v), load(f))); }
 
 }  // namespace kinetra::Spatial

@@ -6,60 +6,71 @@
 
 namespace kinetra::Spatial {
 
+namespace simd {
+
+struct Inertia {
+  static constexpr int size = 10;
+
+  Float4 h_m;  ///< h, and m in lane 3
+  SymmetricMatrix I;
+
+  static Inertia load(const float* p) { return {shuffle<1, 2, 3, 0>(load4(p)), SymmetricMatrix::load(p + 4)}; }
+  void store(float* p) const {
+    store4(shuffle<3, 0, 1, 2>(h_m), p);
+    I.store(p + 4);
+  }
+
+  static Inertia zero() {
+    const Vector3 zeros(0.0F, 0.0F, 0.0F);
+    return {zeros.lanes(), SymmetricMatrix(zeros, zeros)};
+  }
+
+  Vector3 h() const { return Vector3(h_m); }
+  Vector3 m() const { return Vector3(shuffle<3, 3, 3, 3>(h_m)); }  ///< (m, m, m)
+
+  Vector3 com() const { return h() / m(); }
+};
+
+inline Inertia operator+(const Inertia& a, const Inertia& b) { return {a.h_m + b.h_m, a.I + b.I}; }
+
+/// I (w, v) = (I w + h x v, m v - h x w)
+inline Force operator*(const Inertia& inertia, Motion a) {
+  return {inertia.I.apply(a.angular) + cross(inertia.h(), a.linear),
+          a.linear * inertia.m() - cross(inertia.h(), a.angular)};
+}
+
+/// A body's first moment in the old frame of X = (E, r), X into the body's frame: m P, with P = E'c + r (kg m).
+template <typename Transform>
+Vector3 firstMoment(const Inertia& inertia, const Transform& X) {
+  return X.applyInvToPoint(inertia.com()) * inertia.m();
+}
+
+}  // namespace simd
+
 /// Spatial inertia of a body, or of several bodies moving as one, in one frame. As a 6 x 6 matrix on motions it is
 /// [[I, h x], [-h x, m 1]]. All ten values zero stand for a body left out. Featherstone 2008, section 2.13.
 struct Inertia {
+  using InRegisters = simd::Inertia;
+
   float m = 0.0F;                ///< mass (kg)
   Eigen::Vector3f h;             ///< first moment m c, c the centre of mass (kg m)
   Eigen::Matrix<float, 6, 1> I;  ///< rotational inertia about the frame's origin: xx, xy, yy, xz, yz, zz (kg m^2)
 
-  /// An inertia at work, in registers: what operations take and give. Either form turns into the other.
-  struct Lanes {
-    Float4 h_m;  ///< h, and m in lane 3
-    SymmetricMatrix I;
-
-    Vec3 h() const { return Vec3(h_m); }
-    Vec3 m() const { return Vec3(shuffle<3, 3, 3, 3>(h_m)); }  ///< (m, m, m)
-  };
-
-  /// A massless point; h and I are left unset.
+  /// Without mass; h and I are left unset.
   Inertia() = default;
-  Inertia(const Lanes& inertia) { *this = inertia; }
-  Inertia(float m_, Vec3 h_, const Eigen::Matrix<float, 6, 1>& I_) : m(m_), I(I_) { h_.store(h.data()); }
+  explicit Inertia(const simd::Inertia& inertia) { store(inertia, *this); }
+  Inertia(float m_, const Eigen::Vector3f& h_, const Eigen::Matrix<float, 6, 1>& I_) : m(m_), h(h_), I(I_) {}
 
-  Inertia& operator=(const Lanes& inertia) {
-    store4(shuffle<3, 0, 1, 2>(inertia.h_m), data());
-    inertia.I.store(I.data());
-    return *this;
-  }
-  operator Lanes() const { return {shuffle<1, 2, 3, 0>(load4(data())), SymmetricMatrix::load(I.data())}; }
-
-  /// Nothing: a body left out.
-  static Lanes zero() {
-    const Vec3 zeros(0.0F, 0.0F, 0.0F);
-    return {zeros.lanes(), SymmetricMatrix(zeros, zeros)};
-  }
+  static Inertia zero() { return Inertia(simd::Inertia::zero()); }
 
   /// Centre of mass h / m (m), by three divisions; not finite for a body without mass.
-  Vec3 com() const {
-    const Lanes inertia = *this;
-    return inertia.h() / inertia.m();
-  }
-
- private:
-  /// All ten values, in order.
-  float* data() { return reinterpret_cast<float*>(this); }
-  const float* data() const { return reinterpret_cast<const float*>(this); }
+  Eigen::Vector3f com() const { return load(*this).com(); }
 };
-static_assert(sizeof(Inertia) == 10 * sizeof(float), "an Inertia is ten contiguous floats");
 
-inline Inertia::Lanes operator+(const Inertia::Lanes& a, const Inertia::Lanes& b) { return {a.h_m + b.h_m, a.I + b.I}; }
+inline Inertia operator+(const Inertia& a, const Inertia& b) { return Inertia(load(a) + load(b)); }
 
-/// The force that gives a body of this inertia an acceleration a, or the momentum of its velocity:
-/// I (w, v) = (I w + h x v, m v - h x w), in the inertia's frame.
-inline Force::Lanes operator*(const Inertia::Lanes& inertia, Motion::Lanes a) {
-  const Vec3 Iw = inertia.I.matrix().apply(a.angular());
-  return {Iw + cross(inertia.h(), a.linear()), a.linear() * inertia.m() - cross(inertia.h(), a.angular())};
-}
+/// The force that gives a body of this inertia an acceleration a, or the momentum of its velocity, in the inertia's
+/// frame.
+inline Force operator*(const Inertia& inertia, const Motion& a) { return Force(load(inertia) * load(a)); }
 
 }  // namespace kinetra::Spatial

@@ -20,15 +20,58 @@ struct SinCos {
   }
 };
 
+namespace simd {
+
+/// A rotation about z, its two floats each in a register.
+struct RotationMatrixAboutZ {
+  static constexpr int size = 2;
+
+  float c;
+  float s;
+
+  static RotationMatrixAboutZ load(const float* p) { return {p[0], p[1]}; }
+  void store(float* p) const {
+    p[0] = c;
+    p[1] = s;
+  }
+
+  RotationMatrixAboutZ transpose() const { return {c, -s}; }
+
+  /// E p = (c p_x + s p_y, -s p_x + c p_y, p_z)
+  Vector3 apply(Vector3 p) const {
+    const Vector3 turned = p * c + p.yxz() * (Vector3(1.0F, -1.0F, 0.0F) * s);
+    return Vector3(shuffle<0, 1, 6, 7>(turned.lanes(), p.lanes()));  // turned x y | p z
+  }
+  /// E'p
+  Vector3 applyInv(Vector3 p) const { return transpose().apply(p); }
+
+  /// E'I E, from the double angle's 1 - 2 s^2 and 2 c s. Featherstone 2008, appendix A.4.
+  SymmetricMatrix applyInv(SymmetricMatrix I) const {
+    const Vector3 diagonal = I.diagonal();
+    const Vector3 rest = I.rest();  // yz xz xy
+    const float xy = rest[2];
+    const float difference = diagonal[0] - diagonal[1];
+    const float ss = s * s;
+    const float cs = c * s;
+    const float shift = ss * difference + 2.0F * cs * xy;
+    const Vector3 xz_yz = applyInv(Vector3(rest[1], rest[0], 0.0F));
+    return {Vector3(diagonal[0] - shift, diagonal[1] + shift, diagonal[2]),
+            Vector3(xz_yz[1], xz_yz[0], (1.0F - 2.0F * ss) * xy + cs * difference)};
+  }
+};
+
+}  // namespace simd
+
 /// A turn of the new frame by an angle about the common z axis: E = [[c, s, 0], [-s, c, 0], [0, 0, 1]], two floats.
 class RotationMatrixAboutZ {
  public:
-  using Vector = Eigen::Vector3f;       ///< of a translation that stands beside it
-  using AtRest = RotationMatrixAboutZ;  ///< two floats are at rest and at work alike
+  using InRegisters = simd::RotationMatrixAboutZ;
 
   /// c = s = 0, which is not the identity.
   RotationMatrixAboutZ() = default;
   RotationMatrixAboutZ(float c, float s) : c_(c), s_(s) {}
+  explicit RotationMatrixAboutZ(simd::RotationMatrixAboutZ E) : RotationMatrixAboutZ(E.c, E.s) {}
+  explicit RotationMatrixAboutZ(SinCos angle) : RotationMatrixAboutZ(angle.c, angle.s) {}
   explicit RotationMatrixAboutZ(float angle) : RotationMatrixAboutZ(SinCos(angle)) {}
 
   float c() const { return c_; }
@@ -39,33 +82,11 @@ class RotationMatrixAboutZ {
     return E;
   }
 
-  RotationMatrixAboutZ transpose() const { return {c_, -s_}; }
-
-  /// E p = (c p_x + s p_y, -s p_x + c p_y, p_z)
-  Vec3 apply(Vec3 p) const {
-    const Vec3 turned = p * c_ + p.yxz() * (Vec3(1.0F, -1.0F, 0.0F) * s_);
-    return Vec3(shuffle<0, 1, 6, 7>(turned.lanes(), p.lanes()));
-  }
-  /// E'p
-  Vec3 applyInv(Vec3 p) const { return transpose().apply(p); }
-
-  /// E'I E for a symmetric I, from the double angle's 1 - 2 s^2 and 2 c s. Featherstone 2008, appendix A.4.
-  SymmetricMatrix applyInv(const SymmetricMatrix& I) const {
-    const Vec3 diagonal = I.diagonal();
-    const Vec3 off = I.off();
-    const float xy = off[2];
-    const float difference = diagonal[0] - diagonal[1];
-    const float ss = s_ * s_;
-    const float cs = c_ * s_;
-    const float shift = ss * difference + 2.0F * cs * xy;
-    const Vec3 zxzy = applyInv(Vec3(off[1], off[0], 0.0F));
-    return {Vec3(diagonal[0] - shift, diagonal[1] + shift, diagonal[2]),
-            Vec3(zxzy[1], zxzy[0], (1.0F - 2.0F * ss) * xy + cs * difference)};
-  }
+  /// E p and E'p
+  Eigen::Vector3f apply(const Eigen::Vector3f& p) const { return load(*this).apply(p); }
+  Eigen::Vector3f applyInv(const Eigen::Vector3f& p) const { return load(*this).applyInv(p); }
 
  private:
-  explicit RotationMatrixAboutZ(SinCos angle) : RotationMatrixAboutZ(angle.c, angle.s) {}
-
   float c_ = 0.0F;
   float s_ = 0.0F;
 };

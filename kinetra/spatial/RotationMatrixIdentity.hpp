@@ -4,11 +4,28 @@
 
 namespace kinetra::Spatial {
 
+namespace simd {
+
+struct RotationMatrixIdentity {
+  static constexpr int size = 1;
+
+  float k;
+
+  static RotationMatrixIdentity load(const float* p) { return {*p}; }
+  void store(float* p) const { *p = k; }
+
+  Vector3 apply(Vector3 p) const { return p; }
+  Vector3 applyInv(Vector3 p) const { return p; }
+  SymmetricMatrix applyInv(SymmetricMatrix I) const { return I; }
+};
+
+}  // namespace simd
+
 /// No rotation: E is the identity. The factor k, 1 in every placement, scales a rotation multiplied by this one and
 /// nothing else.
 class RotationMatrixIdentity {
  public:
-  using Vector = Eigen::Vector3f;  ///< of a translation that stands beside it
+  using InRegisters = simd::RotationMatrixIdentity;
 
   /// k is left unset.
   // cppcheck-suppress uninitMemberVar ; on purpose: tables of placements are filled when they are built
@@ -18,9 +35,8 @@ class RotationMatrixIdentity {
   float k() const { return k_; }
   Eigen::Matrix3f matrix() const { return Eigen::Matrix3f::Identity(); }
 
-  Vec3 apply(Vec3 p) const { return p; }
-  Vec3 applyInv(Vec3 p) const { return p; }
-  SymmetricMatrix applyInv(const SymmetricMatrix& I) const { return I; }
+  Eigen::Vector3f apply(const Eigen::Vector3f& p) const { return p; }
+  Eigen::Vector3f applyInv(const Eigen::Vector3f& p) const { return p; }
 
  private:
   float k_;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <type_traits>
+#include <utility>
 
 #include <kinetra/spatial/Force.hpp>
 #include <kinetra/spatial/Inertia.hpp>
@@ -9,95 +9,111 @@
 
 namespace kinetra::Spatial {
 
-/// Spatial (Plücker) transform X = (E, r) from an old frame to a new one. A transform named aXb maps frame b (old) to
-/// frame a (new), so that in a product neighbouring letters are equal: aXc = aXb * bXc.
-///
-/// As a 6 x 6 matrix it acts on motions as [[E, 0], [-E r x, E]] and on forces as [[E, -E r x], [0, E]]; a point p goes
-/// to E (p - r). What the kind of the rotation saves is decided in the rotation kinds; here each formula stands once.
-/// Featherstone 2008, section 2.8 and appendix A.3. E must be orthonormal; that is not checked.
+// Spatial (Plücker) transform X = (E, r) from an old frame to a new one. A transform named aXb maps frame b (old) to
+// frame a (new), so that in a product neighbouring letters are equal: aXc = aXb * bXc.
+//
+// As a 6 x 6 matrix it acts on motions as [[E, 0], [-E r x, E]] and on forces as [[E, -E r x], [0, E]]; a point p goes
+// to E (p - r). What the kind of the rotation saves is decided in the rotation kinds; here each formula stands once.
+// Featherstone 2008, section 2.8 and appendix A.3. E must be orthonormal; that is not checked.
+
+namespace simd {
+
 template <typename Rotation>
 struct TransformT {
-  Rotation E;                   ///< turns old coordinates into new ones
-  typename Rotation::Vector r;  ///< origin of the new frame in old coordinates (m)
+  static constexpr int size = Rotation::size + Vector3::size;
 
-  /// The rotation as its kind constructs it (zero, not the identity); r is left unset.
-  TransformT() = default;
-  TransformT(const Rotation& E_, Vec3 r_) : E(E_), r(r_) {}
+  Rotation E;
+  Vector3 r;
 
-  /// A general transform at work, with its rotation in registers, becomes one at rest, and the other way round.
-  template <typename OtherForm, typename = std::enable_if_t<std::is_convertible_v<OtherForm, Rotation>>>
-  TransformT(const TransformT<OtherForm>& X) : E(X.E), r(X.r) {}
-  template <typename AtWork>
-  TransformT& operator=(const TransformT<AtWork>& X) {
-    E = X.E;
-    X.r.store(r.data());
-    return *this;
+  static TransformT load(const float* p) { return {Rotation::load(p), Vector3::load(p + Rotation::size)}; }
+  static TransformT loadJustStored(const float* p) {
+    return {Rotation::loadJustStored(p), Vector3::load(p + Rotation::size)};
   }
-  /// A general transform that was written only just now, at work.
-  TransformT<Matrix3> fresh() const { return {E.fresh(), r}; }
+  void store(float* p) const {
+    E.store(p);
+    r.store(p + Rotation::size);
+  }
 
   /// Carries a motion to the new frame: (w, v) -> (E w, E (v - r x w)).
-  Motion::Lanes apply(Motion::Lanes m) const {
-    const Vec3 w = m.angular();
-    return {E.apply(w), E.apply(m.linear() - cross(r, w))};
-  }
+  Motion apply(Motion m) const { return {E.apply(m.angular), E.apply(m.linear - cross(r, m.angular))}; }
 
   /// Carries a force to the new frame: (n, f) -> (E (n - r x f), E f).
-  Force::Lanes apply(Force::Lanes f) const {
-    const Vec3 f0 = f.force();
-    return {E.apply(f.couple() - cross(r, f0)), E.apply(f0)};
-  }
+  Force apply(Force f) const { return {E.apply(f.couple - cross(r, f.force)), E.apply(f.force)}; }
 
   /// Carries a motion back to the old frame: (w, v) -> (E'w, E'v + r x E'w).
-  Motion::Lanes applyInv(Motion::Lanes m) const {
-    const Vec3 w = E.applyInv(m.angular());
-    return {w, E.applyInv(m.linear()) + cross(r, w)};
+  Motion applyInv(Motion m) const {
+    const Vector3 w = E.applyInv(m.angular);
+    return {w, E.applyInv(m.linear) + cross(r, w)};
   }
 
   /// Carries a force back to the old frame, about the old origin: (n, f) -> (E'n + r x E'f, E'f).
-  Force::Lanes applyInv(Force::Lanes f) const {
-    const Vec3 f0 = E.applyInv(f.force());
-    return {E.applyInv(f.couple()) + cross(r, f0), f0};
-  }
-
-  /// The same for every column of a 6 x n matrix of forces.
-  template <int n>
-  Eigen::Matrix<float, 6, n> applyInv(const Eigen::Matrix<float, 6, n>& F) const {
-    Eigen::Matrix<float, 6, n> F_old;
-    for (int k = 0; k < n; ++k) {
-      applyInv(Force::Lanes::load(&F(0, k))).store(&F_old(0, k));
-    }
-    return F_old;
+  Force applyInv(Force f) const {
+    const Vector3 f0 = E.applyInv(f.force);
+    return {E.applyInv(f.couple) + cross(r, f0), f0};
   }
 
   /// The same body's inertia in the old frame, about the old origin. With g = E'h:
   /// (m, h, I) -> (m, g + m r, E'I E - r x (g x) - ((g + m r) x)(r x)). Featherstone 2008, section 2.13.
-  Inertia::Lanes applyInv(const Inertia::Lanes& inertia) const {
-    const Vec3 r_old = r;
-    const Vec3 g = E.applyInv(inertia.h());
-    const Vec3 h = g + r_old * inertia.m();
-    const SymmetricMatrix I = E.applyInv(inertia.I);
+  Inertia applyInv(const Inertia& inertia) const {
+    const Vector3 g = E.applyInv(inertia.h());
+    const Vector3 h = g + r * inertia.m();
     // Entry by entry, -a x (b x) = (a.b) 1 - b a', so that the diagonal takes the products of the two other axes.
-    const Vec3 p = r_old * g + h * r_old;
-    const Vec3 q = g.yzx() * r_old.zxy() + r_old.yzx() * h.zxy();
-    return {append<3>(h, inertia.h_m), I + SymmetricMatrix(p.yzx() + p.zxy(), -q)};
+    const Vector3 p = r * g + h * r;
+    const Vector3 q = g.yzx() * r.zxy() + r.yzx() * h.zxy();
+    return {append<3>(h, inertia.h_m), E.applyInv(inertia.I) + SymmetricMatrix(p.yzx() + p.zxy(), -q)};
   }
 
-  /// Carries a point to the new frame: E (p - r).
-  Vec3 applyToPoint(Vec3 p) const { return E.apply(p - r); }
-
-  /// Carries a point back to the old frame: E'p + r.
-  Vec3 applyInvToPoint(Vec3 p) const { return E.applyInv(p) + r; }
+  /// Carries a point to the new frame, E (p - r), and back to the old one, E'p + r.
+  Vector3 applyToPoint(Vector3 p) const { return E.apply(p - r); }
+  Vector3 applyInvToPoint(Vector3 p) const { return E.applyInv(p) + r; }
 };
-static_assert(sizeof(TransformT<RotationMatrix>) == 12 * sizeof(float), "E column by column, then r");
-static_assert(sizeof(TransformT<RotationMatrixAboutZ>) == 5 * sizeof(float), "c, s, then r");
-static_assert(sizeof(TransformT<RotationMatrixIdentity>) == 4 * sizeof(float), "k, then r");
 
-/// Composition, X0 first: (E1 E0, r0 + E0'r1). The kind of the result is that of the rotations' product; a general one
-/// is given at work and becomes a TransformT<RotationMatrix> where it is stored.
+/// Composition, X0 first: (E1 E0, r0 + E0'r1). The kind of the result is that of the rotations' product.
 template <typename Rotation1, typename Rotation0>
 [[gnu::always_inline]] inline auto operator*(const TransformT<Rotation1>& X1, const TransformT<Rotation0>& X0) {
-  return TransformT<std::decay_t<decltype(X1.E * X0.E)>>(X1.E * X0.E, X0.applyInvToPoint(X1.r));
+  return TransformT<decltype(X1.E * X0.E)>{X1.E * X0.E, X0.applyInvToPoint(X1.r)};
+}
+
+}  // namespace simd
+
+/// The stored transform: the floats of E, then r.
+template <typename Rotation>
+struct TransformT {
+  using InRegisters = simd::TransformT<typename Rotation::InRegisters>;
+
+  Rotation E;         ///< turns old coordinates into new ones
+  Eigen::Vector3f r;  ///< origin of the new frame in old coordinates (m)
+
+  /// The rotation as its kind constructs it (zero, not the identity); r is left unset.
+  TransformT() = default;
+  TransformT(const Rotation& E_, const Eigen::Vector3f& r_) : E(E_), r(r_) {}
+  explicit TransformT(const InRegisters& X) : E(X.E), r(X.r) {}
+
+  // Each as the operation of the same name above.
+  Motion apply(const Motion& m) const { return Motion(load(*this).apply(load(m))); }
+  Force apply(const Force& f) const { return Force(load(*this).apply(load(f))); }
+  Motion applyInv(const Motion& m) const { return Motion(load(*this).applyInv(load(m))); }
+  Force applyInv(const Force& f) const { return Force(load(*this).applyInv(load(f))); }
+  Inertia applyInv(const Inertia& inertia) const { return Inertia(load(*this).applyInv(load(inertia))); }
+  Eigen::Vector3f applyToPoint(const Eigen::Vector3f& p) const { return load(*this).applyToPoint(p); }
+  Eigen::Vector3f applyInvToPoint(const Eigen::Vector3f& p) const { return load(*this).applyInvToPoint(p); }
+
+  /// Every column of a 6 x n matrix of forces, n fixed or dynamic; F = X.applyInv(F) works in place.
+  template <typename Derived>
+  Eigen::Matrix<float, 6, Derived::ColsAtCompileTime> applyInv(const Eigen::MatrixBase<Derived>& F) const {
+    const InRegisters X = load(*this);
+    Eigen::Matrix<float, 6, Derived::ColsAtCompileTime> F_old = F;
+    for (Eigen::Index k = 0; k < F_old.cols(); ++k) {
+      float* column = F_old.col(k).data();
+      X.applyInv(simd::Force::load(column)).store(column);
+    }
+    return F_old;
+  }
+};
+
+template <typename Rotation1, typename Rotation0>
+auto operator*(const TransformT<Rotation1>& X1, const TransformT<Rotation0>& X0) {
+  return TransformT<decltype(X1.E * X0.E)>(load(X1) * load(X0));
 }
 
 }  // namespace kinetra::Spatial

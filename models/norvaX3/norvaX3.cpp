@@ -1,28 +1,23 @@
 #include <models/norvaX3/norvaX3.hpp>
 
-#include <kinetra/minus_g.hpp>
-
 // The robot's numbers: metres, kilograms, radians, each decimal the shortest that gives its float exactly. They are set
 // in the order in which they stand here, when the plug-in is loaded.
 
 namespace kinetra {
 
-const Spatial::Motion minus_g({0.0F, 0.0F, 0.0F}, {0.0F, 0.0F, 9.81F});
-
 namespace {
 
-using Spatial::Vec3;
-using Shift = Spatial::TransformT<Spatial::RotationMatrixIdentity>;
-using Turn = Spatial::TransformT<Spatial::RotationMatrix>;
+using Eigen::Vector3f;
+using Shift = TransformT<RotationMatrixIdentity>;
+using Turn = TransformT<RotationMatrix>;
 
-Shift shift(Vec3 r) { return {Spatial::RotationMatrixIdentity(1.0F), r}; }
+Shift shift(const Vector3f& r) { return {RotationMatrixIdentity(1.0F), r}; }
 
-Turn turn(Vec3 row0, Vec3 row1, Vec3 row2, Vec3 r) {
-  const Spatial::Matrix3 E = Spatial::Matrix3{row0, row1, row2}.transpose();
-  return {Spatial::RotationMatrix(E.column0, E.column1, E.column2), r};
+Turn turn(const Vector3f& row0, const Vector3f& row1, const Vector3f& row2, const Vector3f& r) {
+  return {RotationMatrix((Eigen::Matrix3f() << row0, row1, row2).finished().transpose()), r};
 }
 
-Spatial::Inertia inertia(float m, Vec3 h, const std::array<float, 6>& I) {
+Inertia inertia(float m, const Vector3f& h, const std::array<float, 6>& I) {
   return {m, h, Eigen::Matrix<float, 6, 1>(I.data())};
 }
 
@@ -53,7 +48,7 @@ const Turn  norvaX3::Node15::Xt = turn({1, 0,  0}, { 0,         0,         1}, {
 
 // Body inertias: mass m, first moment h, rotational inertia about the body's origin, all in the body's frame.
 //
-std::array<Spatial::Inertia, norvaX3::nb_bodies> norvaX3::inertias = {
+std::array<Inertia, norvaX3::nb_bodies> norvaX3::inertias = {
     //             m   h: x                y              z                 I: xx              xy              yy              xz               yz               zz
     inertia(3.99533F, {   0.012864963F,              0,  -0.041111946F}, { 0.0004230419F,               0,  0.0004644671F, 0.00013238046F,               0, 4.1425184e-5F}),  // Torso
     inertia(0.27391F, {-0.00056699367F,              0, -0.0072202673F}, {0.00019032625F,               0, 0.00019149992F, -1.4945952e-5F,               0, 1.1736768e-6F}),  // HeadYaw

@@ -10,7 +10,6 @@
 #include <kinetra/algos/FreeFlyerBodyJoint.hpp>
 #include <kinetra/algos/RevoluteJointAboutZ.hpp>
 #include <kinetra/node_list.hpp>
-#include <kinetra/spatial/Inertia.hpp>
 
 namespace kinetra {
 
@@ -26,7 +25,7 @@ struct norvaX3 {
 
   /// Spatial inertia of each body about its own origin, in its own frame. One table for the process; it may be written
   /// while no pass runs, and every pass reads it afresh.
-  static std::array<Spatial::Inertia, nb_bodies> inertias;
+  static std::array<Inertia, nb_bodies> inertias;
 
   template <int Id, int ParentId, int DofIndex, typename Joint, typename XtRotation, int... Children>
   struct NamedNode : Node<Id, ParentId, DofIndex, Joint, XtRotation, Children...> {
@@ -36,8 +35,8 @@ struct norvaX3 {
 
   using Free = FreeFlyerBodyJoint;
   using AboutZ = RevoluteJointAboutZ;
-  using Shifted = Spatial::RotationMatrixIdentity;
-  using Turned = Spatial::RotationMatrix;
+  using Shifted = RotationMatrixIdentity;
+  using Turned = RotationMatrix;
 
   // Xt places the joint in the parent's frame. Its kind of rotation and the joint's decide the kind of sXp.
   // clang-format off

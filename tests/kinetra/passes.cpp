@@ -3,6 +3,7 @@
 #include <kinetra/algos/crba.hpp>
 #include <kinetra/algos/fwd_kin_iX1.hpp>
 #include <kinetra/algos/jcalc.hpp>
+#include <kinetra/algos/partial_com.hpp>
 #include <kinetra/algos/partial_crba.hpp>
 #include <kinetra/algos/rnea.hpp>
 #include <service/fwd_kin_H01_from_iX1.hpp>
