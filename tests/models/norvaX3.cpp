@@ -6,8 +6,8 @@
 
 #include <kinetra/depth_first_traversal.hpp>
 #include <tests/support/Scenario.hpp>
-#include <tests/support/WholeRobot.hpp>
 #include <tests/support/matchers.hpp>
+#include <tools/accuracy/WholeRobot.hpp>
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include <gtest/gtest.h>
 
 #include <host/Plugin.hpp>
-#include <host/toFloats.hpp>
 #include <tests/plugin/Host.hpp>
+#include <tools/toFloats.hpp>
 
 // What the tests of the loaded plug-in share. They make host values by the operations that the plug-in itself relies
 // on and read them as floats, so that they hold for any library that takes the stand-in's place.

@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include <tests/support/WholeRobot.hpp>
+#include <tools/accuracy/WholeRobot.hpp>
 
 /// Entry by entry; NaN fails; tells the worst entry. A negative tolerance asks for the same value and sign of zero.
 inline testing::AssertionResult compare(const Eigen::MatrixXd& actual, const Eigen::MatrixXd& expected,

@@ -1,14 +1,14 @@
-#include <host/inspect/svg/toSvg.hpp>
+#include <tools/inspect/svg/toSvg.hpp>
 
 #include <algorithm>
 #include <cmath>
 
 #include <fmt/format.h>
 
-#include <host/inspect/svg/Figure.hpp>
-#include <host/inspect/svg/View.hpp>
-#include <host/inspect/svg/escaped.hpp>
-#include <host/inspect/svg/page.hpp>
+#include <tools/inspect/svg/Figure.hpp>
+#include <tools/inspect/svg/View.hpp>
+#include <tools/inspect/svg/escaped.hpp>
+#include <tools/inspect/svg/page.hpp>
 
 namespace lumo::inspect {
 

@@ -5,7 +5,7 @@
 
 #include <Eigen/Core>
 
-#include <host/inspect/svg/page.hpp>
+#include <tools/inspect/svg/page.hpp>
 
 namespace lumo::inspect {
 

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <host/inspect/Request.hpp>
 #include <service/RigidBodySystem.hpp>
+#include <tools/inspect/Request.hpp>
 
 namespace lumo::inspect {
 

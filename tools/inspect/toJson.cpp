@@ -1,4 +1,4 @@
-#include <host/inspect/toJson.hpp>
+#include <tools/inspect/toJson.hpp>
 
 #include <cstdint>
 #include <map>

@@ -1,6 +1,6 @@
-#include <host/inspect/Report.hpp>
+#include <tools/inspect/Report.hpp>
 
-#include <host/toFloats.hpp>
+#include <tools/toFloats.hpp>
 
 namespace lumo::inspect {
 

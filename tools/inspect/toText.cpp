@@ -1,4 +1,4 @@
-#include <host/inspect/toText.hpp>
+#include <tools/inspect/toText.hpp>
 
 #include <iterator>
 

@@ -5,7 +5,7 @@
 
 #include <Eigen/Core>
 
-#include <host/inspect/Report.hpp>
+#include <tools/inspect/Report.hpp>
 
 namespace lumo::inspect {
 

@@ -1,4 +1,4 @@
-#include <host/inspect/svg/View.hpp>
+#include <tools/inspect/svg/View.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -9,9 +9,9 @@
 #include <Eigen/Geometry>
 #include <fmt/format.h>
 
-#include <host/inspect/svg/Label.hpp>
-#include <host/inspect/svg/escaped.hpp>
-#include <host/inspect/svg/page.hpp>
+#include <tools/inspect/svg/Label.hpp>
+#include <tools/inspect/svg/escaped.hpp>
+#include <tools/inspect/svg/page.hpp>
 
 namespace lumo::inspect {
 

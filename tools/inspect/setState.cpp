@@ -1,4 +1,4 @@
-#include <host/inspect/setState.hpp>
+#include <tools/inspect/setState.hpp>
 
 #include <algorithm>
 #include <cctype>

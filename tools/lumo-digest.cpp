@@ -10,9 +10,9 @@
 #include <fmt/format.h>
 
 #include <host/Plugin.hpp>
-#include <host/State.hpp>
-#include <host/program.hpp>
-#include <host/toFloats.hpp>
+#include <tools/State.hpp>
+#include <tools/program.hpp>
+#include <tools/toFloats.hpp>
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include <Eigen/Core>
 
-#include <host/inspect/svg/Figure.hpp>
+#include <tools/inspect/svg/Figure.hpp>
 
 namespace lumo::inspect {
 

@@ -1,4 +1,4 @@
-#include <host/inspect/Request.hpp>
+#include <tools/inspect/Request.hpp>
 
 #include <charconv>
 #include <cmath>
@@ -9,7 +9,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include <host/program.hpp>
+#include <tools/program.hpp>
 
 namespace lumo::inspect {
 

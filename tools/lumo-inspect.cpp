@@ -1,13 +1,13 @@
 // lumo-inspect: loads a plug-in, sets its robot's state and shows what there is to know about it.
 
 #include <host/Plugin.hpp>
-#include <host/inspect/Report.hpp>
-#include <host/inspect/Request.hpp>
-#include <host/inspect/setState.hpp>
-#include <host/inspect/svg/toSvg.hpp>
-#include <host/inspect/toJson.hpp>
-#include <host/inspect/toText.hpp>
-#include <host/program.hpp>
+#include <tools/inspect/Report.hpp>
+#include <tools/inspect/Request.hpp>
+#include <tools/inspect/setState.hpp>
+#include <tools/inspect/svg/toSvg.hpp>
+#include <tools/inspect/toJson.hpp>
+#include <tools/inspect/toText.hpp>
+#include <tools/program.hpp>
 
 namespace {
 

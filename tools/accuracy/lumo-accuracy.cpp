@@ -1,4 +1,4 @@
-// lumo-accuracy: compares every kind of result with the tests' double-precision oracle over many random states, and
+// lumo-accuracy: compares every kind of result with a double-precision oracle over many random states, and
 // prints the errors beside those that docs/accuracy.md states. It links the model and loads no plug-in.
 
 #include <algorithm>
@@ -11,12 +11,12 @@
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
-#include <host/State.hpp>
-#include <host/program.hpp>
-#include <host/toFloats.hpp>
 #include <models/norvaX3/norvaX3.hpp>
 #include <service/KinetraRigidBodySystem.hpp>
-#include <tests/support/WholeRobot.hpp>
+#include <tools/State.hpp>
+#include <tools/accuracy/WholeRobot.hpp>
+#include <tools/program.hpp>
+#include <tools/toFloats.hpp>
 
 namespace {
 

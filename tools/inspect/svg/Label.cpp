@@ -1,4 +1,4 @@
-#include <host/inspect/svg/Label.hpp>
+#include <tools/inspect/svg/Label.hpp>
 
 #include <algorithm>
 

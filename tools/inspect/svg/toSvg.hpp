@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include <host/inspect/Report.hpp>
+#include <tools/inspect/Report.hpp>
 
 namespace lumo::inspect {
 

@@ -1,4 +1,4 @@
-#include <host/inspect/svg/Figure.hpp>
+#include <tools/inspect/svg/Figure.hpp>
 
 #include <algorithm>
 #include <cmath>
@@ -7,7 +7,7 @@
 
 #include <fmt/format.h>
 
-#include <host/inspect/svg/page.hpp>
+#include <tools/inspect/svg/page.hpp>
 
 namespace lumo::inspect {
 

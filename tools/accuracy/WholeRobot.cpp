@@ -1,4 +1,4 @@
-#include <tests/support/WholeRobot.hpp>
+#include <tools/accuracy/WholeRobot.hpp>
 
 #include <Eigen/Geometry>
 
