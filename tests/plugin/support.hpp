@@ -9,6 +9,7 @@
 
 #include <host/Plugin.hpp>
 #include <tests/plugin/Host.hpp>
+#include <tests/support/matchers.hpp>
 #include <tools/toFloats.hpp>
 
 // What the tests of the loaded plug-in share. They make host values by the operations that the plug-in itself relies
@@ -31,26 +32,13 @@ inline Object create() {
   return create(plugin);
 }
 
-/// Entry by entry; NaN fails.
-template <class Actual, class Expected>
-testing::AssertionResult near(const Actual& actual, const Expected& expected, double tolerance) {
-  const Eigen::MatrixXd a = actual.template cast<double>(), e = expected.template cast<double>(), error = a - e;
-  Eigen::Index i = 0, j = 0;
-  if (error.cwiseAbs().maxCoeff<Eigen::PropagateNaN>(&i, &j) <= tolerance) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << "worst at (" << i << ", " << j << "): " << a(i, j) << ", expected " << e(i, j);
-}
-
 template <class HostValue>
-auto vector(const HostValue& value) {
-  using Floats = Eigen::Matrix<float, sizeof value / sizeof(float), 1>;
-  return Floats(toFloats(value).data()).template cast<double>().eval();
-}
-inline Eigen::VectorXd vector(FloatView view) {
-  return Eigen::Map<const Eigen::VectorXf>(view.first, static_cast<Eigen::Index>(view.size())).cast<double>();
+auto toDoubles(const HostValue& value) {
+  return toMatrix(value).template cast<double>().eval();
 }
 inline Eigen::Affine3d frame(const Transform& pose) {
   Eigen::Affine3d result = Eigen::Affine3d::Identity();
-  result.affine() = vector(pose).reshaped<Eigen::RowMajor>(3, 4);
+  result.affine() = toDoubles(pose);
   return result;
 }
 /// From x, y, z and the angles about them; further values are not read.

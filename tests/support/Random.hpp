@@ -6,6 +6,8 @@
 
 #include <kinetra/spatial/Inertia.hpp>
 
+namespace lumo::test {
+
 /// Generic inputs: no two entries equal, none zero. Put the seed into a SCOPED_TRACE.
 class Random {
  public:
@@ -28,3 +30,5 @@ class Random {
  private:
   std::mt19937 engine_;
 };
+
+}  // namespace lumo::test

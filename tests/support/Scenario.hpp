@@ -8,6 +8,8 @@
 #include <models/norvaX3/norvaX3.hpp>
 #include <tests/support/Random.hpp>
 
+namespace lumo::test {
+
 constexpr float nan_f = std::numeric_limits<float>::quiet_NaN();
 
 /// f(node) for every node of a robot, in the order of ids.
@@ -50,3 +52,5 @@ struct Scenario {
   const Vector21 q = random.matrix<21>(3.1F), dq = random.matrix<21>(2.0F), ddq = random.matrix<21>(4.0F);
   std::array<kinetra::Spatial::Force, 16> fext;
 };
+
+}  // namespace lumo::test

@@ -9,6 +9,8 @@
 namespace {
 
 using namespace lumo::test;
+using lumo::toFloats;
+using Point = std::array<float, 3>;
 
 TEST(Inspector, ShowsWhatTheInterfaceAnswers) {
   const auto [table, success] = output(LUMO_INSPECT);
@@ -28,20 +30,17 @@ TEST(Inspector, ShowsWhatTheInterfaceAnswers) {
 
   ASSERT_TRUE(answered);
   const auto json = nlohmann::json::parse(text);
-  const auto floats = [](const auto& value) {
-    const auto array = lumo::toFloats(value);
-    return std::vector<float>(array.begin(), array.end());
-  };
-  EXPECT_EQ(json["com"].get<std::vector<float>>(), floats(system->getComPosition()));
-  EXPECT_EQ(json["com_in_root"].get<std::vector<float>>(), floats(system->getComPositionInRoot()));
+  EXPECT_EQ(json["com"].get<Point>(), toFloats(system->getComPosition()));
+  EXPECT_EQ(json["com_in_root"].get<Point>(), toFloats(system->getComPositionInRoot()));
   std::ifstream file(picture);
   const std::string drawing{std::istreambuf_iterator<char>(file), {}};
   for (std::size_t b = 0; b < nb_bodies; ++b) {
     const auto& body = json["bodies"][b];
-    auto R = body["rotation"].get<std::vector<float>>(), t = body["position"].get<std::vector<float>>();
-    EXPECT_EQ((std::vector{R[0], R[1], R[2], t[0], R[3], R[4], R[5], t[1], R[6], R[7], R[8], t[2]}),
-              floats(system->getPose(b)));
-    EXPECT_EQ(body["com"].get<std::vector<float>>(), floats(system->getComPosition(b)));
+    const auto R = body["rotation"].get<std::array<float, 9>>();
+    const auto t = body["position"].get<Point>();
+    EXPECT_EQ((std::array{R[0], R[1], R[2], t[0], R[3], R[4], R[5], t[1], R[6], R[7], R[8], t[2]}),
+              toFloats(system->getPose(b)));
+    EXPECT_EQ(body["com"].get<Point>(), toFloats(system->getComPosition(b)));
     EXPECT_EQ(body["mass"].get<float>(), system->getMass(b));
     for (const auto& shown : {table, drawing}) EXPECT_NE(shown.find(system->getBodyName(b)), std::string::npos) << b;
   }

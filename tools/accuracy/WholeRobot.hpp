@@ -1,15 +1,9 @@
 #pragma once
 
 #include <kinetra/spatial/Force.hpp>
+#include <tools/accuracy/Estimate.hpp>
 
 namespace oracle {
-
-/// A value and, entry by entry, the sum of the absolute values of the terms it is made of: what the rounding error of a
-/// single-precision result is measured against, however much the terms cancel.
-struct Estimate {
-  Eigen::MatrixXd value;
-  Eigen::MatrixXd magnitude;
-};
 
 /// The robot norvaX3 by plain geometry and the laws of Newton and Euler, in double precision and world axes: positions,
 /// joint axes, classical accelerations; no spatial transform, and every result a plain sum over bodies.

@@ -23,6 +23,7 @@ namespace {
 using kinetra::norvaX3;
 using kinetra::Spatial::Force;
 using kinetra::Spatial::Vec3;
+using lumo::toMatrix;
 using oracle::Estimate;
 
 /// The errors of one kind of result, in float epsilons of the magnitude of each entry.
@@ -82,7 +83,6 @@ struct Report {
   }
 };
 
-Eigen::Vector3f vector(const OX::Math::Position3D& p) { return Eigen::Vector3f(lumo::toFloats(p).data()); }
 Estimate divided(const Estimate& sum, double mass) { return {sum.value / mass, sum.magnitude / mass}; }
 Estimate rightColumns(const Estimate& all, Eigen::Index count) {
   return {all.value.rightCols(count), all.magnitude.rightCols(count)};
@@ -90,7 +90,7 @@ Estimate rightColumns(const Estimate& all, Eigen::Index count) {
 
 /// The axes and the origin of one pose.
 void addPose(const OX::Math::Transform& pose, const Estimate& expected, Errors& axes, Errors& origins) {
-  const Eigen::Matrix<float, 3, 4, Eigen::RowMajor> actual(lumo::toFloats(pose).data());
+  const auto actual = toMatrix(pose);
   axes.add(actual.leftCols<3>(), {expected.value.leftCols(3), expected.magnitude.leftCols(3)});
   origins.add(actual.col(3), {expected.value.col(3), expected.magnitude.col(3)});
 }
@@ -106,7 +106,7 @@ void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t
   // The root's angles reach the system through the host's math library, whose rounding is not in question here.
   oracle::WholeRobot::Vector21f q = state.q;
   const auto rootPose = OX::Math::transformFromPosition6D({q[0], q[1], q[2], q[3], q[4], q[5]});
-  q.head<6>() = Eigen::Matrix<float, 6, 1>(lumo::toFloats(OX::Math::position6DFromTransform(rootPose)).data());
+  q.head<6>() = toMatrix(OX::Math::position6DFromTransform(rootPose));
   std::array<Force, 16> forces;
   for (std::size_t b = 0; b < 16; ++b) {
     const float* wrench = state.wrenches[b].data();
@@ -121,18 +121,17 @@ void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t
     addPose(robot.getPoseInRoot(b), expected.poseInRoot(body), report.axesInRoot, report.originsInRoot);
     addPose(robot.getPose(b), expected.poseInWorld(body), report.axes, report.origins);
     const Estimate com = expected.bodyComInWorld(body);
-    report.comsOfBodies.add(vector(robot.getComPosition(b)), com);
+    report.comsOfBodies.add(toMatrix(robot.getComPosition(b)), com);
     const double m = static_cast<double>(norvaX3::inertias[b].m);
     mass += m;
     momentInWorld.value += m * com.value;
     momentInWorld.magnitude += m * com.magnitude;
   }
-  report.com.add(vector(robot.getComPosition()), divided(momentInWorld, mass));
-  report.comInRoot.add(vector(robot.getComPositionInRoot()), divided(expected.firstMomentInRoot(), mass));
+  report.com.add(toMatrix(robot.getComPosition()), divided(momentInWorld, mass));
+  report.comInRoot.add(toMatrix(robot.getComPositionInRoot()), divided(expected.firstMomentInRoot(), mass));
   report.jacobian.add(robot.getJacobianInRoot().rightCols(15), rightColumns(expected.jacobianInRoot(), 15));
   report.mass.add(robot.getGeneralizedMass(), expected.massMatrix());
-  const auto torques = robot.getJointAnglesTorque();
-  report.torques.add(Eigen::Map<const Eigen::Matrix<float, 15, 1>>(torques.begin()),
+  report.torques.add(toMatrix(robot.getJointAnglesTorque()),
                      {expected.torques().value.bottomRows(15), expected.torques().magnitude.bottomRows(15)});
 
   const int without = static_cast<int>(excluded);
@@ -141,7 +140,7 @@ void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t
   report.partialJacobians.add(J, expected.momentumJacobianInWorld(without));
   if (excluded > 0) {
     report.partialComs.add(
-        vector(robot.computePartialComPositionInRoot(excluded)),
+        toMatrix(robot.computePartialComPositionInRoot(excluded)),
         divided(expected.firstMomentInRoot(without), mass - static_cast<double>(norvaX3::inertias[excluded].m)));
   }
 }

@@ -12,12 +12,11 @@ Report computeReport(RigidBodySystem& robot) {
   Report report;
   const auto parents = robot.getParentsVector();
   for (std::size_t b = 0; b < robot.getNbBodies(); ++b) {
-    const auto rows = toFloats(robot.getPose(b));
     const auto [x, y, z, roll, pitch, yaw] = toFloats(OX::Math::position6DFromTransform(robot.getPose(b)));
     report.bodies.push_back({robot.getBodyName(b),
                              static_cast<int>(parents[b]),
                              robot.getMass(b),
-                             Eigen::Map<const Eigen::Matrix<float, 3, 4, Eigen::RowMajor>>(rows.data()),
+                             toMatrix(robot.getPose(b)),
                              {roll, pitch, yaw},
                              toFloats(robot.getComPosition(b))});
   }

@@ -8,9 +8,12 @@
 #include <service/fwd_kin_H01_from_iX1.hpp>
 #include <tests/support/Scenario.hpp>
 #include <tests/support/matchers.hpp>
+#include <tools/accuracy/WholeRobot.hpp>
+#include <tools/toFloats.hpp>
 
 namespace {
 
+using namespace lumo::test;
 using namespace kinetra::internal;
 using kinetra::norvaX3;
 using Vector6f = Eigen::Matrix<float, 6, 1>;
@@ -84,9 +87,7 @@ TEST(Kinematics, AgreesWithGeometry) {
     lumo::fwd_kin_H01_from_iX1<norvaX3>::run(robot, iX1.data(), poses);
 
     const oracle::WholeRobot expected(s.q);
-    const auto inWorld = [&](std::size_t i) {
-      return Eigen::Map<Eigen::Matrix<float, 3, 4, Eigen::RowMajor>>(lumo::floats(poses[i]));
-    };
+    const auto inWorld = [&](std::size_t i) { return lumo::toMatrix(poses[i]); };
     Eigen::Array3f inOrder = norvaX3::inertias[0].h;
     for (std::size_t i = 0; i < 16; ++i) {
       SCOPED_TRACE(i);

@@ -10,6 +10,7 @@
 
 namespace {
 
+using namespace lumo::test;
 using namespace kinetra::Spatial;
 using Vector6f = Eigen::Matrix<float, 6, 1>;
 using Matrix6d = Eigen::Matrix<double, 6, 6>;

@@ -9,6 +9,7 @@
 
 namespace {
 
+using namespace lumo::test;
 using kinetra::norvaX3;
 
 bool isZero(const Eigen::MatrixXf& m) { return m.cwiseEqual(0.0F).all(); }
