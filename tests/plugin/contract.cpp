@@ -78,7 +78,7 @@ TEST(Contract, Names) {
 
 TEST(Contract, Inputs) {
   const auto system = create();
-  const Transform mine = pose(State(1).q), &root = system->getRootPose();
+  const Transform mine = State(1).rootPose(), &root = system->getRootPose();
   const lumo::FloatView views[] = {system->getJointAnglesPos(), system->getJointAnglesVel(),
                                    system->getJointAnglesAcc()};
   const Eigen::ArrayXf counted = Eigen::ArrayXf::LinSpaced(20, 0, 19);  // of which the first fifteen are taken
@@ -115,7 +115,7 @@ TEST(Contract, ResultsAreAsFreshAsTheirComputation) {
   system->computeGeneralizedMass();
   expected[inWorld] = results(*system)[inWorld];
   EXPECT_EQ(results(*system), expected);
-  const Eigen::Affine3d root = frame(pose(after.q));
+  const Eigen::Affine3d root = frame(after.rootPose());
   for (Size b = 0; b < nb_bodies; ++b) {
     const Eigen::Affine3d old = root * frame(system->getPoseInRoot(b));
     EXPECT_TRUE(near(frame(system->getPose(b)).matrix(), old.matrix(), 8 * epsilon)) << b;
@@ -134,19 +134,19 @@ TEST(Contract, ResultsAreAsFreshAsTheirComputation) {
 
   // What is in the root's frame is brought up to date without the world, and then the world for any root. What the host
   // sets a pose to is never used.
-  system->setRootPose(pose(before.q));
+  system->setRootPose(before.rootPose());
   system->computeFwdKinematicsExceptRoot();
   expected[inRoot] = fresh[inRoot];
   EXPECT_EQ(results(*system), expected);
-  system->setPose(0, pose(after.q));
-  system->setVolatilePose(0, pose(after.q));
-  EXPECT_EQ(toFloats(system->getRootPose()), toFloats(pose(after.q)));
+  system->setPose(0, after.rootPose());
+  system->setVolatilePose(0, after.rootPose());
+  EXPECT_EQ(toFloats(system->getRootPose()), toFloats(after.rootPose()));
   system->computeFwdKinematicsOnlyRoot();
-  reference->setRootPose(pose(before.q));
+  reference->setRootPose(before.rootPose());
   reference->computeFwdKinematics();
   EXPECT_EQ(results(*system), results(*reference));
   EXPECT_EQ(toFloats(system->getRootPose()), toFloats(reference->getPose(0)));
-  EXPECT_EQ(toFloats(system->getVolatilePose(0)), toFloats(pose(after.q)));
+  EXPECT_EQ(toFloats(system->getVolatilePose(0)), toFloats(after.rootPose()));
   EXPECT_TRUE(frame(system->getPose(SIZE_MAX)).matrix().isIdentity(0));
 }
 

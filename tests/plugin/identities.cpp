@@ -8,7 +8,7 @@ using namespace lumo::test;
 using Eigen::MatrixXd, Eigen::Vector3d, Eigen::VectorXd;
 
 struct Identities : testing::TestWithParam<unsigned> {
-  const State x{GetParam()};
+  const State x{GetParam(), 0.3F};
   const Object system = computed(x);
   const Table parents = system->getParentsVector();
   const Eigen::Affine3d root = frame(system->getRootPose());
@@ -47,7 +47,7 @@ TEST_P(Identities, CentresOfMassAndMomentum) {
 TEST_P(Identities, Torques) {
   // At rest: inertia, weight and wrenches, every other one given in a frame of its own.
   VectorXd expected = H * x.ddq.matrix().cast<double>() + 9.81 * (root.linear() * H.topRows(3)).row(2).transpose();
-  const Transform tool = pose(State(GetParam() + 50).q), own;
+  const Transform tool = State(GetParam() + 50).rootPose(), own;
   for (Size b = 0; b < nb_bodies; ++b) {
     if (b % 2 != 0) system->setExternalWrench(b, x.wrenches[b], tool);
     const Eigen::Affine3d T = frame(system->getPoseInRoot(b)) * frame(b % 2 != 0 ? tool : own);
