@@ -38,6 +38,15 @@ Estimate pose(const Matrix3d& R, const Vector3d& p, double reach) {
 
 }  // namespace
 
+std::array<kinetra::Spatial::Force, 16> toForces(const std::vector<std::vector<float>>& wrenches) {
+  std::array<kinetra::Spatial::Force, 16> forces;
+  for (std::size_t i = 0; i < 16; ++i) {
+    const float* wrench = wrenches[i].data();
+    forces[i] = kinetra::Spatial::Force(Eigen::Vector3f(wrench + 3), Eigen::Vector3f(wrench));
+  }
+  return forces;
+}
+
 WholeRobot::WholeRobot(const Vector21f& q_, const Vector21f& dq_, const Vector21f& ddq_,
                        const kinetra::Spatial::Force* fext)
     : torques_{Eigen::MatrixXd::Zero(21, 1), Eigen::MatrixXd::Zero(21, 1)} {

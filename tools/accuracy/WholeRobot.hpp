@@ -1,9 +1,15 @@
 #pragma once
 
+#include <array>
+#include <vector>
+
 #include <kinetra/spatial/Force.hpp>
 #include <tools/accuracy/Estimate.hpp>
 
 namespace oracle {
+
+/// External forces from wrenches, which have the force first.
+std::array<kinetra::Spatial::Force, 16> toForces(const std::vector<std::vector<float>>& wrenches);
 
 /// The robot norvaX3 by plain geometry and the laws of Newton and Euler, in double precision and world axes: positions,
 /// joint axes, classical accelerations; no spatial transform, and every result a plain sum over bodies.

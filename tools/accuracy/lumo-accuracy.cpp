@@ -21,8 +21,6 @@
 namespace {
 
 using kinetra::norvaX3;
-using kinetra::Spatial::Force;
-using kinetra::Spatial::Vec3;
 using lumo::toMatrix;
 using oracle::Estimate;
 
@@ -107,12 +105,7 @@ void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t
   oracle::WholeRobot::Vector21f q = state.q;
   const auto rootPose = OX::Math::transformFromPosition6D({q[0], q[1], q[2], q[3], q[4], q[5]});
   q.head<6>() = toMatrix(OX::Math::position6DFromTransform(rootPose));
-  std::array<Force, 16> forces;
-  for (std::size_t b = 0; b < 16; ++b) {
-    const float* wrench = state.wrenches[b].data();
-    forces[b] = Force(Vec3::load(wrench + 3), Vec3::load(wrench));
-  }
-  const oracle::WholeRobot expected(q, state.dq, state.ddq, forces.data());
+  const oracle::WholeRobot expected(q, state.dq, state.ddq, oracle::toForces(state.wrenches).data());
 
   double mass = 0.0;
   Estimate momentInWorld{Eigen::Vector3d::Zero(), Eigen::Vector3d::Zero()};
