@@ -2,7 +2,7 @@
 
 #include <Eigen/Geometry>
 
-#include <models/norvaX3/norvaX3.hpp>
+#include <tools/accuracy/BodyData.hpp>
 
 namespace oracle {
 
@@ -10,14 +10,6 @@ namespace {
 
 using Eigen::Matrix3d;
 using Eigen::Vector3d;
-using Robot = kinetra::norvaX3;
-
-/// Axes (columns) and origin of every joint's frame in the parent body's frame.
-template <int... i>
-std::array<std::pair<Matrix3d, Vector3d>, 16> placements(std::integer_sequence<int, i...>) {
-  return {std::pair(Matrix3d(kinetra::node_t<Robot, i>::Xt.E.matrix().transpose().template cast<double>()),
-                    Vector3d(kinetra::node_t<Robot, i>::Xt.r.template cast<double>()))...};
-}
 
 Matrix3d turn(double angle, const Vector3d& axis) { return Eigen::AngleAxisd(angle, axis).toRotationMatrix(); }
 
@@ -50,11 +42,12 @@ std::array<kinetra::Spatial::Force, 16> toForces(const std::vector<std::vector<f
 WholeRobot::WholeRobot(const Vector21f& q_, const Vector21f& dq_, const Vector21f& ddq_,
                        const kinetra::Spatial::Force* fext)
     : torques_{Eigen::MatrixXd::Zero(21, 1), Eigen::MatrixXd::Zero(21, 1)} {
-  static const auto placed = placements(std::make_integer_sequence<int, 16>{});
+  const std::vector<BodyData> given = readBodies();
   const Eigen::Matrix<double, 21, 1> q = q_.cast<double>(), dq = dq_.cast<double>(), ddq = ddq_.cast<double>();
   const Vector3d x = Vector3d::UnitX(), y = Vector3d::UnitY(), z = Vector3d::UnitZ();
   const Matrix3d R0 = turn(q[5], z) * turn(q[4], y) * turn(q[3], x);
   for (int i = 0; i < 16; ++i) {
+    const BodyData& data = given[static_cast<std::size_t>(i)];
     Body& b = bodies_[i];
     if (i == 0) {
       b.R = R0;
@@ -66,14 +59,13 @@ WholeRobot::WholeRobot(const Vector21f& q_, const Vector21f& dq_, const Vector21
       b.a = R0 * ddq.head<3>() + b.w.cross(R0 * dq.head<3>());
     } else {
       const int d = 5 + i;
-      const Body& parent = bodies_[Robot::parents.data()[i]];
-      const auto& [R_joint, p_joint] = placed.data()[i];
+      const Body& parent = bodies_[data.parent];
       b = parent;
-      b.R_root = closed(parent.R_root * R_joint * turn(q[d], z));
+      b.R_root = closed(parent.R_root * data.R * turn(q[d], z));
       b.R = R0 * rigid(b.R_root);
-      b.p_root += parent.R_root * p_joint;
-      b.chain += p_joint.norm();
-      const Vector3d axis = b.R.col(2), link = parent.R * p_joint;
+      b.p_root += parent.R_root * data.r;
+      b.chain += data.r.norm();
+      const Vector3d axis = b.R.col(2), link = parent.R * data.r;
       b.p += link;
       b.angular.col(d) = axis;
       b.turns[d] = 1.0;
@@ -82,13 +74,9 @@ WholeRobot::WholeRobot(const Vector21f& q_, const Vector21f& dq_, const Vector21
       b.w += axis * dq[d];
     }
 
-    const kinetra::Spatial::Inertia& given = Robot::inertias.data()[i];
-    const Eigen::Matrix<double, 6, 1> I6 = given.I.cast<double>();
-    b.mass = static_cast<double>(given.m);
-    const Vector3d c = b.mass > 0.0 ? Vector3d(given.h.cast<double>() / b.mass) : Vector3d::Zero();
-    Matrix3d I;
-    I << I6[0], I6[1], I6[3], I6[1], I6[2], I6[4], I6[3], I6[4], I6[5];
-    I -= b.mass * (c.squaredNorm() * Matrix3d::Identity() - c * c.transpose());
+    const Vector3d& c = data.com;
+    const Matrix3d& I = data.inertia;
+    b.mass = data.mass;
     b.com = b.R * c;
     b.inertia = b.R * I * b.R.transpose();
 

@@ -5,6 +5,7 @@
 #include <kinetra/spatial/Transform.hpp>
 #include <tests/support/Random.hpp>
 #include <tests/support/matchers.hpp>
+#include <tools/accuracy/BodyData.hpp>
 
 // The spatial value types against the 6 x 6 matrices that define them, in double precision.
 
@@ -27,10 +28,8 @@ Matrix6d onMotions(const TransformT<Rotation>& X) {
   return (Matrix6d() << E, Eigen::Matrix3d::Zero(), -E * skew(X.r), E).finished();
 }
 Matrix6d matrix(const Inertia& body) {
-  const Vector6f& I = body.I;
-  const Eigen::Matrix3f I3 = (Eigen::Matrix3f() << I[0], I[1], I[3], I[1], I[2], I[4], I[3], I[4], I[5]).finished();
   const Eigen::Matrix3d m = static_cast<double>(body.m) * Eigen::Matrix3d::Identity();
-  return (Matrix6d() << I3.cast<double>(), skew(body.h), -skew(body.h), m).finished();
+  return (Matrix6d() << oracle::rotationalInertia(body), skew(body.h), -skew(body.h), m).finished();
 }
 
 template <typename Rotation>

@@ -5,6 +5,7 @@
 
 #include <tests/support/Scenario.hpp>
 #include <tests/support/matchers.hpp>
+#include <tools/accuracy/BodyData.hpp>
 #include <tools/accuracy/WholeRobot.hpp>
 
 namespace {
@@ -29,12 +30,11 @@ TEST(Model, RecordStartsWithItsDefaults) {
 TEST(Model, TablesAgreeWithEachOther) {
   EXPECT_EQ(norvaX3::parents, (std::array<std::int32_t, 16>{-1, 0, 1, 0, 3, 4, 5, 6, 0, 8, 9, 0, 11, 12, 13, 14}));
   float total = 0.0F;
-  for (const auto& [m, h, I] : norvaX3::inertias) {  // every body is nearly a point mass
-    total += m;
-    const Eigen::Matrix3f point = (h.squaredNorm() * Eigen::Matrix3f::Identity() - h * h.transpose()) / m;
-    const Eigen::Matrix<float, 6, 1> entries{point(0, 0), point(0, 1), point(1, 1),
-                                             point(0, 2), point(1, 2), point(2, 2)};
-    EXPECT_TRUE(near(I, entries.cast<double>(), 5e-6 * static_cast<double>(point.trace())));
+  for (const auto& body : norvaX3::inertias) {  // every body is nearly a point mass
+    total += body.m;
+    const Eigen::Vector3d h = body.h.cast<double>();
+    const Eigen::Matrix3d point = (h.squaredNorm() * Eigen::Matrix3d::Identity() - h * h.transpose()) / body.m;
+    EXPECT_TRUE(near(oracle::rotationalInertia(body), point, 5e-6 * point.trace()));
   }
   EXPECT_EQ(total, 27.824242F);
   EXPECT_EQ(norvaX3::body_names, norvaX3::joint_names);
