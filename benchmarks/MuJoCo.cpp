@@ -8,14 +8,14 @@
 #include <fmt/format.h>
 #include <mujoco/mujoco.h>
 
-#include <benchmarks/BodyData.hpp>
 #include <benchmarks/Peer.hpp>
 #include <benchmarks/rows.hpp>
 #include <kinetra/minus_g.hpp>
+#include <tools/accuracy/BodyData.hpp>
 
 namespace {
 
-using lumo::BodyData;
+using oracle::BodyData;
 
 template <typename Vector>
 std::string list(const Vector& values) {
@@ -84,7 +84,7 @@ class MuJoCo : public lumo::Peer {
         fmt::format(R"(<mujoco><compiler angle="radian" inertiafromgeom="false" balanceinertia="false" boundmass="0" )"
                     R"(boundinertia="0"/><option gravity="{}"><flag contact="disable"/></option>)"
                     R"(<worldbody>{}</worldbody></mujoco>)",
-                    list(g), bodyXml(lumo::readBodies(), 0)));
+                    list(g), bodyXml(oracle::readBodies(), 0)));
     data_.reset(mj_makeData(model_.get()));
     for (const lumo::State& x : lumo::states()) inputs_.emplace_back(x);
   }

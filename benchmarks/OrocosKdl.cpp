@@ -5,10 +5,10 @@
 #include <kdl/treefksolverpos_recursive.hpp>
 #include <kdl/treeidsolver_recursive_newton_euler.hpp>
 
-#include <benchmarks/BodyData.hpp>
 #include <benchmarks/Peer.hpp>
 #include <benchmarks/rows.hpp>
 #include <kinetra/minus_g.hpp>
+#include <tools/accuracy/BodyData.hpp>
 
 namespace {
 
@@ -17,9 +17,9 @@ KDL::Rotation rotation(const Eigen::Matrix3d& R) {
   return {R(0, 0), R(0, 1), R(0, 2), R(1, 0), R(1, 1), R(1, 2), R(2, 0), R(2, 1), R(2, 2)};
 }
 
-KDL::Tree makeTree(const std::vector<lumo::BodyData>& bodies) {
+KDL::Tree makeTree(const std::vector<oracle::BodyData>& bodies) {
   KDL::Tree tree("world");
-  for (const lumo::BodyData& body : bodies) {
+  for (const oracle::BodyData& body : bodies) {
     const Eigen::Matrix3d& I = body.inertia;
     const KDL::RotationalInertia aboutCom(I(0, 0), I(1, 1), I(2, 2), I(0, 1), I(0, 2), I(1, 2));
     const KDL::RigidBodyInertia inertia(body.mass, vector(body.com), aboutCom);
@@ -90,7 +90,7 @@ class OrocosKdl : public lumo::Peer {
   }
   [[noreturn]] static void fail() { throw std::runtime_error("Orocos KDL reports an error"); }
 
-  const std::vector<lumo::BodyData> bodies_ = lumo::readBodies();
+  const std::vector<oracle::BodyData> bodies_ = oracle::readBodies();
   const KDL::Tree tree_ = makeTree(bodies_);
   KDL::TreeFkSolverPos_recursive kinematics_{tree_};
   KDL::TreeIdSolver_RNE dynamics_{tree_, vector(-kinetra::minus_g.linear().cast<double>())};

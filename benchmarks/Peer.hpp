@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <host/State.hpp>
+#include <tools/State.hpp>
 
 namespace lumo {
 

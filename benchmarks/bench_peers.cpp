@@ -15,6 +15,7 @@
 #include <benchmarks/rows.hpp>
 #include <models/norvaX3/norvaX3.hpp>
 #include <service/KinetraRigidBodySystem.hpp>
+#include <tools/toFloats.hpp>
 
 namespace {
 
@@ -44,14 +45,12 @@ class Agreement {
       const State x = theirs.floats() ? original : withFixedRoot(original);
       x.set(ours);
       ours.computeFwdKinematics();
-      const OX::Math::Position3D com = ours.getComPosition();
-      compare("centre of mass", Eigen::Vector3f(com.x, com.y, com.z).cast<double>(), theirs.com(x));
+      compare("centre of mass", lumo::toMatrix(ours.getComPosition()).cast<double>(), theirs.com(x));
       for (const State& y : {atRest(x), x}) {
         y.set(ours);
         ours.computeInverseDynamics();
-        const lumo::FloatView torques = ours.getJointAnglesTorque();
-        compare(y.dq.isZero() ? "gravity torque" : "torque",
-                Eigen::Map<const Eigen::Matrix<float, 15, 1>>(torques.begin()).cast<double>(), theirs.torques(y));
+        compare(y.dq.isZero() ? "gravity torque" : "torque", lumo::toMatrix(ours.getJointAnglesTorque()).cast<double>(),
+                theirs.torques(y));
       }
     }
   }

@@ -8,7 +8,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <host/State.hpp>
+#include <tools/State.hpp>
 
 // The rows of a benchmark program: each is timed, or its instructions are counted, over the same states.
 

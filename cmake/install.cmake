@@ -8,11 +8,6 @@ install(FILES host/Plugin.hpp DESTINATION include/host)
 
 # find_package(lumo) gives the target lumo::interface, and the plug-in's file as lumo_PLUGIN. The stand-in for the math
 # library installs itself as lumo::oxmath; a host's own library is the host's to bring, as a target oxmath.
-if(LUMO_OXMATH STREQUAL "${PROJECT_SOURCE_DIR}/oxmath")
-  set(LUMO_HAS_STAND_IN ON)
-else()
-  set(LUMO_HAS_STAND_IN OFF)
-endif()
 set_target_properties(lumo_interface PROPERTIES EXPORT_NAME interface)
 install(TARGETS lumo_interface EXPORT lumo)
 install(EXPORT lumo NAMESPACE lumo:: FILE lumoTargets.cmake DESTINATION lib/cmake/lumo)

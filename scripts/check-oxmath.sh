@@ -7,8 +7,9 @@ install_missing
 step="configuring with another math library"
 cmake --preset release -B build/othermath -DLUMO_OXMATH="$PWD/tests/fixtures/othermath"
 step="building with another math library"
-cmake --build build/othermath --target tests/plugin/all
+cmake --build build/othermath --target tests/plugin/all tests/tools/all
 step="testing with another math library"
-# But for what only the stand-in promises: angles at the gimbal lock.
-ctest --test-dir build/othermath/tests/plugin --output-on-failure --no-tests=error -j "$(nproc)" -E '^OxMath'
+for folder in plugin tools; do
+  ctest --test-dir "build/othermath/tests/$folder" --output-on-failure --no-tests=error -j "$(nproc)"
+done
 echo "The plug-in works with another math library."

@@ -59,7 +59,7 @@ TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
   const auto setters = [&, &s = *object] {
     set(s, x);
     s.setJointAnglePos(1, 2), s.setJointAngleVel(1, 2), s.setJointAngleAcc(1, 2);
-    s.setExternalWrench(1, x.wrenches[1], pose(x.q)), s.setPose(1, pose(x.q)), s.setVolatilePose(0, pose(x.q));
+    s.setExternalWrench(1, x.wrenches[1], x.rootPose()), s.setPose(1, x.rootPose()), s.setVolatilePose(0, x.rootPose());
     s.setBodyInertia(7, 0.5F, {}, Eigen::Matrix3f::Identity());
   };
   const auto computations = [&, &s = *object] {

@@ -7,7 +7,7 @@
 namespace {
 
 using namespace lumo::test;
-using lumo::toFloats;
+using lumo::toFloats, lumo::toMatrix;
 
 /// All results by the computation that writes them, the root's world pose apart, which setRootPose writes too.
 enum { inRoot, inWorld, mass, torques };
@@ -34,9 +34,9 @@ TEST(Contract, NewObject) {
   J.block(3, 0, 3, 3) = J.block(0, 3, 3, 3) = Eigen::Matrix3d::Identity();
   EXPECT_TRUE(near(system->getJacobianInRoot(), J, 0));
   EXPECT_TRUE(near(system->getGeneralizedMass(), Eigen::MatrixXd::Zero(21, 21), 0));
-  EXPECT_TRUE(vector(system->getRootVelocity()).isZero(0) && vector(system->getRootAcceleration()).isZero(0));
-  EXPECT_TRUE(vector(system->getJointAnglesPos()).isZero(0) && vector(system->getJointAnglesVel()).isZero(0));
-  EXPECT_TRUE(vector(system->getJointAnglesAcc()).isZero(0) && vector(system->getJointAnglesTorque()).isZero(0));
+  EXPECT_TRUE(toMatrix(system->getRootVelocity()).isZero(0) && toMatrix(system->getRootAcceleration()).isZero(0));
+  EXPECT_TRUE(toMatrix(system->getJointAnglesPos()).isZero(0) && toMatrix(system->getJointAnglesVel()).isZero(0));
+  EXPECT_TRUE(toMatrix(system->getJointAnglesAcc()).isZero(0) && toMatrix(system->getJointAnglesTorque()).isZero(0));
   for (Size b = 0; b < nb_bodies; ++b) {
     for (const auto* T : {&system->getPose(b), &system->getPoseInRoot(b), &system->getVolatilePose(0)}) {
       EXPECT_TRUE(frame(*T).matrix().isIdentity(0)) << b;
@@ -78,7 +78,7 @@ TEST(Contract, Names) {
 
 TEST(Contract, Inputs) {
   const auto system = create();
-  const Transform mine = pose(State(1).q), &root = system->getRootPose();
+  const Transform mine = State(1).rootPose(), &root = system->getRootPose();
   const lumo::FloatView views[] = {system->getJointAnglesPos(), system->getJointAnglesVel(),
                                    system->getJointAnglesAcc()};
   const Eigen::ArrayXf counted = Eigen::ArrayXf::LinSpaced(20, 0, 19);  // of which the first fifteen are taken
@@ -97,9 +97,9 @@ TEST(Contract, Inputs) {
     EXPECT_TRUE(views[0][k] == pos / 16 && views[1][k] == vel / 16 && views[2][k] == acc / 16) << k;
   }
   for (const auto& view : views) EXPECT_EQ(view.size(), 15U);
-  EXPECT_TRUE(near(vector(root), vector(mine), 2 * epsilon));
-  EXPECT_TRUE(near(vector(system->getRootVelocity()), Eigen::VectorXd::LinSpaced(6, 1, 6), 0));
-  EXPECT_TRUE(near(vector(system->getRootAcceleration()), Eigen::VectorXd::LinSpaced(6, 7, 12), 0));
+  EXPECT_TRUE(near(toMatrix(root), toMatrix(mine), 2 * epsilon));
+  EXPECT_TRUE(near(toMatrix(system->getRootVelocity()), Eigen::VectorXd::LinSpaced(6, 1, 6), 0));
+  EXPECT_TRUE(near(toMatrix(system->getRootAcceleration()), Eigen::VectorXd::LinSpaced(6, 7, 12), 0));
 }
 
 TEST(Contract, ResultsAreAsFreshAsTheirComputation) {
@@ -115,7 +115,7 @@ TEST(Contract, ResultsAreAsFreshAsTheirComputation) {
   system->computeGeneralizedMass();
   expected[inWorld] = results(*system)[inWorld];
   EXPECT_EQ(results(*system), expected);
-  const Eigen::Affine3d root = frame(pose(after.q));
+  const Eigen::Affine3d root = frame(after.rootPose());
   for (Size b = 0; b < nb_bodies; ++b) {
     const Eigen::Affine3d old = root * frame(system->getPoseInRoot(b));
     EXPECT_TRUE(near(frame(system->getPose(b)).matrix(), old.matrix(), 8 * epsilon)) << b;
@@ -134,19 +134,19 @@ TEST(Contract, ResultsAreAsFreshAsTheirComputation) {
 
   // What is in the root's frame is brought up to date without the world, and then the world for any root. What the host
   // sets a pose to is never used.
-  system->setRootPose(pose(before.q));
+  system->setRootPose(before.rootPose());
   system->computeFwdKinematicsExceptRoot();
   expected[inRoot] = fresh[inRoot];
   EXPECT_EQ(results(*system), expected);
-  system->setPose(0, pose(after.q));
-  system->setVolatilePose(0, pose(after.q));
-  EXPECT_EQ(toFloats(system->getRootPose()), toFloats(pose(after.q)));
+  system->setPose(0, after.rootPose());
+  system->setVolatilePose(0, after.rootPose());
+  EXPECT_EQ(toFloats(system->getRootPose()), toFloats(after.rootPose()));
   system->computeFwdKinematicsOnlyRoot();
-  reference->setRootPose(pose(before.q));
+  reference->setRootPose(before.rootPose());
   reference->computeFwdKinematics();
   EXPECT_EQ(results(*system), results(*reference));
   EXPECT_EQ(toFloats(system->getRootPose()), toFloats(reference->getPose(0)));
-  EXPECT_EQ(toFloats(system->getVolatilePose(0)), toFloats(pose(after.q)));
+  EXPECT_EQ(toFloats(system->getVolatilePose(0)), toFloats(after.rootPose()));
   EXPECT_TRUE(frame(system->getPose(SIZE_MAX)).matrix().isIdentity(0));
 }
 
@@ -216,11 +216,11 @@ TEST(Contract, MassesBelongToAllObjects) {
   EXPECT_TRUE(near(other->getGeneralizedMass() - without, share, 64 * epsilon));
 
   // A body without mass has no centre of mass, but results without that body have.
-  const Eigen::Vector3d expected = vector(other->computePartialComPositionInRoot(7));
+  const Eigen::Vector3f expected = toMatrix(other->computePartialComPositionInRoot(7));
   system->setBodyInertia(7, 0, com, none);
   compute(*other);
-  EXPECT_FALSE(vector(other->getComPositionInRoot()).allFinite());
-  EXPECT_TRUE(near(vector(other->computePartialComPositionInRoot(7)), expected, 4 * epsilon));
+  EXPECT_FALSE(toMatrix(other->getComPositionInRoot()).allFinite());
+  EXPECT_TRUE(near(toMatrix(other->computePartialComPositionInRoot(7)), expected, 4 * epsilon));
   system->setBodyInertia(0, mass0, com, none);
   system->setBodyInertia(7, mass7, com, none);
 }

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <random>
 #include <string>
 #include <vector>
 
@@ -8,8 +7,10 @@
 #include <gtest/gtest.h>
 
 #include <host/Plugin.hpp>
-#include <host/toFloats.hpp>
 #include <tests/plugin/Host.hpp>
+#include <tests/support/matchers.hpp>
+#include <tools/State.hpp>
+#include <tools/toFloats.hpp>
 
 // What the tests of the loaded plug-in share. They make host values by the operations that the plug-in itself relies
 // on and read them as floats, so that they hold for any library that takes the stand-in's place.
@@ -20,6 +21,7 @@ constexpr Size nb_bodies = 16;
 constexpr double epsilon = 0x1p-23;
 
 using Object = std::shared_ptr<Host>;
+using lumo::State;
 
 inline Object create(const Plugin& plugin) {
   const std::shared_ptr<RigidBodySystem> object = plugin.create();
@@ -31,54 +33,19 @@ inline Object create() {
   return create(plugin);
 }
 
-/// Entry by entry; NaN fails.
-template <class Actual, class Expected>
-testing::AssertionResult near(const Actual& actual, const Expected& expected, double tolerance) {
-  const Eigen::MatrixXd a = actual.template cast<double>(), e = expected.template cast<double>(), error = a - e;
-  Eigen::Index i = 0, j = 0;
-  if (error.cwiseAbs().maxCoeff<Eigen::PropagateNaN>(&i, &j) <= tolerance) return testing::AssertionSuccess();
-  return testing::AssertionFailure() << "worst at (" << i << ", " << j << "): " << a(i, j) << ", expected " << e(i, j);
-}
-
 template <class HostValue>
-auto vector(const HostValue& value) {
-  using Floats = Eigen::Matrix<float, sizeof value / sizeof(float), 1>;
-  return Floats(toFloats(value).data()).template cast<double>().eval();
-}
-inline Eigen::VectorXd vector(FloatView view) {
-  return Eigen::Map<const Eigen::VectorXf>(view.first, static_cast<Eigen::Index>(view.size())).cast<double>();
+auto toDoubles(const HostValue& value) {
+  return toMatrix(value).template cast<double>().eval();
 }
 inline Eigen::Affine3d frame(const Transform& pose) {
   Eigen::Affine3d result = Eigen::Affine3d::Identity();
-  result.affine() = vector(pose).reshaped<Eigen::RowMajor>(3, 4);
+  result.affine() = toDoubles(pose);
   return result;
 }
-/// From x, y, z and the angles about them; further values are not read.
-inline Transform pose(const Eigen::ArrayXf& q) {
-  return OX::Math::transformFromPosition6D(OX::Math::Position6D(q[0], q[1], q[2], q[3], q[4], q[5]));
-}
-
-/// Every input: generic values between -1 and 1, the same for the same seed.
-struct State {
-  explicit State(unsigned seed) {
-    std::mt19937 bits(seed);
-    const auto next = [&bits] { return static_cast<float>(bits()) * 0x1p-31F - 1; };
-    for (auto* values : {&q, &dq, &ddq}) std::generate(values->begin(), values->end(), next);
-    for (auto& wrench : wrenches) std::generate(wrench.begin(), wrench.end(), next);
-  }
-  Eigen::ArrayXf q{21}, dq{21}, ddq{21};
-  std::vector<std::vector<float>> wrenches{nb_bodies, std::vector<float>(6)};
-};
 
 inline void set(Host& system, const State& x) {
-  const Eigen::ArrayXf &v = x.dq, &a = x.ddq;
-  system.setRootPose(pose(x.q));
-  system.setRootVelocity({v[0], v[1], v[2], v[3], v[4], v[5]});
-  system.setRootAcceleration({a[0], a[1], a[2], a[3], a[4], a[5]});
-  system.setJointAnglesPos(x.q.tail<15>());
-  system.setJointAnglesVel(v.tail<15>());
-  system.setJointAnglesAcc(a.tail<15>());
-  for (Size b = 0; b < nb_bodies; ++b) system.setExternalWrench(b, x.wrenches[b]);
+  x.set(system);
+  x.setWrenches(system);
 }
 inline void compute(Host& system) {
   system.computeFwdKinematics();

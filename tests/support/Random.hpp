@@ -1,20 +1,20 @@
 #pragma once
 
-#include <random>
-
 #include <Eigen/Geometry>
 
 #include <kinetra/spatial/Inertia.hpp>
+#include <tools/Uniform.hpp>
+
+namespace lumo::test {
 
 /// Generic inputs: no two entries equal, none zero. Put the seed into a SCOPED_TRACE.
 class Random {
  public:
-  explicit Random(unsigned seed) : engine_(seed) {}
+  explicit Random(unsigned seed) : next_(seed) {}
 
   template <int rows, int columns = 1>
   Eigen::Matrix<float, rows, columns> matrix(float size = 1.0F) {
-    std::uniform_real_distribution<float> number(-size, size);
-    return Eigen::Matrix<float, rows, columns>::NullaryExpr([&] { return number(engine_); });
+    return Eigen::Matrix<float, rows, columns>::NullaryExpr([&] { return next_(size); });
   }
   Eigen::Matrix3f rotation() {
     const Eigen::Vector4d q = matrix<4>().cast<double>().normalized();
@@ -26,5 +26,7 @@ class Random {
   }
 
  private:
-  std::mt19937 engine_;
+  Uniform next_;
 };
+
+}  // namespace lumo::test

@@ -7,6 +7,10 @@
 
 #include <models/norvaX3/norvaX3.hpp>
 #include <tests/support/Random.hpp>
+#include <tools/State.hpp>
+#include <tools/accuracy/WholeRobot.hpp>
+
+namespace lumo::test {
 
 constexpr float nan_f = std::numeric_limits<float>::quiet_NaN();
 
@@ -31,22 +35,23 @@ inline void spoil(kinetra::norvaX3& robot) {
   });
 }
 
-/// A generic state of motion. For odd seeds, bodies of generic inertia replace the robot's own, in which many entries
-/// are zero, for as long as the scenario lives. A failure tells the seed.
+/// A state of motion as the passes take it. For odd seeds, bodies of generic inertia replace the robot's own, in which
+/// many entries are zero, for as long as the scenario lives. A failure tells the seed.
 struct Scenario {
   using Vector21 = Eigen::Matrix<float, 21, 1>;
 
-  explicit Scenario(unsigned seed) : trace(__FILE__, __LINE__, "seed " + std::to_string(seed)), random(seed) {
-    for (std::size_t i = 0; i < 16; ++i) {
-      fext[i] = kinetra::Spatial::Force(random.matrix<6>(5.0F));
-      kinetra::norvaX3::inertias[i] = seed % 2 != 0 ? random.inertia(0.3F) : own[i];
-    }
+  explicit Scenario(unsigned seed) : trace(__FILE__, __LINE__, "seed " + std::to_string(seed)), state(seed) {
+    if (seed % 2 == 0) return;
+    Random random(seed);
+    for (auto& inertia : kinetra::norvaX3::inertias) inertia = random.inertia(0.3F);
   }
   ~Scenario() { kinetra::norvaX3::inertias = own; }
 
   const decltype(kinetra::norvaX3::inertias) own = kinetra::norvaX3::inertias;
   const testing::ScopedTrace trace;
-  Random random;
-  const Vector21 q = random.matrix<21>(3.1F), dq = random.matrix<21>(2.0F), ddq = random.matrix<21>(4.0F);
-  std::array<kinetra::Spatial::Force, 16> fext;
+  const State state;
+  const Vector21 q = state.q, dq = state.dq, ddq = state.ddq;
+  const std::array<kinetra::Spatial::Force, 16> fext = oracle::toForces(state.wrenches);
 };
+
+}  // namespace lumo::test

@@ -4,12 +4,17 @@
 
 #include <gtest/gtest.h>
 
-#include <tests/support/WholeRobot.hpp>
+#include <tools/accuracy/Estimate.hpp>
+
+namespace lumo::test {
 
 /// Entry by entry; NaN fails; tells the worst entry. A negative tolerance asks for the same value and sign of zero.
 inline testing::AssertionResult compare(const Eigen::MatrixXd& actual, const Eigen::MatrixXd& expected,
                                         const Eigen::MatrixXd& tolerance) {
-  if (actual.rows() != expected.rows() || actual.cols() != expected.cols()) return testing::AssertionFailure();
+  if (actual.rows() != expected.rows() || actual.cols() != expected.cols()) {
+    return testing::AssertionFailure() << "size " << actual.rows() << " x " << actual.cols() << ", expected "
+                                       << expected.rows() << " x " << expected.cols();
+  }
   double worst = -1.0;
   testing::AssertionResult result = testing::AssertionSuccess();
   for (Eigen::Index k = 0; k < actual.size(); ++k) {
@@ -26,10 +31,10 @@ inline testing::AssertionResult compare(const Eigen::MatrixXd& actual, const Eig
   return result;
 }
 
-template <typename Actual>
-testing::AssertionResult near(const Eigen::MatrixBase<Actual>& actual, const Eigen::MatrixXd& expected,
+template <typename Actual, typename Expected>
+testing::AssertionResult near(const Eigen::MatrixBase<Actual>& actual, const Eigen::MatrixBase<Expected>& expected,
                               double tolerance) {
-  return compare(actual.template cast<double>(), expected,
+  return compare(actual.template cast<double>(), expected.template cast<double>(),
                  Eigen::MatrixXd::Constant(expected.rows(), expected.cols(), tolerance));
 }
 
@@ -42,5 +47,7 @@ testing::AssertionResult near(const Eigen::MatrixBase<Actual>& actual, const ora
 template <typename Actual, typename Expected>
 testing::AssertionResult identical(const Eigen::MatrixBase<Actual>& actual,
                                    const Eigen::MatrixBase<Expected>& expected) {
-  return near(actual, expected.template cast<double>(), -1.0);
+  return near(actual, expected, -1.0);
 }
+
+}  // namespace lumo::test

@@ -1,0 +1,158 @@
+#include <gtest/gtest.h>
+
+#include <kinetra/spatial/ConstraintMotionAboutZ.hpp>
+#include <kinetra/spatial/ConstraintMotionFreeFlyerBody.hpp>
+#include <kinetra/spatial/Transform.hpp>
+#include <tests/support/Random.hpp>
+#include <tests/support/matchers.hpp>
+#include <tools/accuracy/BodyData.hpp>
+
+// The spatial value types against the 6 x 6 matrices that define them, in double precision.
+
+namespace {
+
+using namespace lumo::test;
+using namespace kinetra::Spatial;
+using Vector6f = Eigen::Matrix<float, 6, 1>;
+using Matrix6d = Eigen::Matrix<double, 6, 6>;
+constexpr double tolerance = 3e-6;  // of sums of a few products of numbers below 1
+
+Eigen::Matrix3d skew(const Eigen::Vector3f& a) {
+  const Eigen::Vector3d d = a.cast<double>();
+  return (Eigen::Matrix3d() << 0.0, -d.z(), d.y(), d.z(), 0.0, -d.x(), -d.y(), d.x(), 0.0).finished();
+}
+
+template <typename Rotation>
+Matrix6d onMotions(const TransformT<Rotation>& X) {
+  const Eigen::Matrix3d E = X.E.matrix().template cast<double>();
+  return (Matrix6d() << E, Eigen::Matrix3d::Zero(), -E * skew(X.r), E).finished();
+}
+Matrix6d matrix(const Inertia& body) {
+  const Eigen::Matrix3d m = static_cast<double>(body.m) * Eigen::Matrix3d::Identity();
+  return (Matrix6d() << oracle::rotationalInertia(body), skew(body.h), -skew(body.h), m).finished();
+}
+
+template <typename Rotation>
+TransformT<Rotation> make(Random& random) {
+  const Eigen::Vector3f r = random.matrix<3>();
+  if constexpr (std::is_same_v<Rotation, RotationMatrix>) {
+    return {Rotation(random.rotation()), r};
+  } else {
+    return {Rotation(2.0F), r};  // an angle, or the scale that an identity ignores here
+  }
+}
+
+TEST(Rotations, KeepTheirPromisesToTheBit) {
+  EXPECT_TRUE(identical(RotationMatrix().matrix(), Eigen::Matrix3f::Zero()));
+  EXPECT_TRUE(RotationMatrixAboutZ().c() == 0.0F && RotationMatrixAboutZ().s() == 0.0F);
+  EXPECT_EQ(RotationMatrixAboutZ(1.57079637F).c(), -4.371139e-8F);  // the cosine of this float, not of pi / 2
+  Random random(1);
+  Eigen::Matrix3f B = random.matrix<3, 3>();  // far from orthonormal
+  B(2, 1) = -0.0F;
+  EXPECT_TRUE(identical((RotationMatrixAboutZ(2.0F) * RotationMatrix(B)).matrix().row(2), B.row(2)));
+
+  const Eigen::Matrix3f A = random.rotation(), AB = (RotationMatrix(A) * RotationMatrix(B)).matrix();
+  EXPECT_TRUE(identical(AB.col(2), AB.col(0).cross(AB.col(1))));  // and not the product's
+
+  const RotationMatrixIdentity third(1.0F / 3.0F);  // scales a rotation left of it and nothing else
+  EXPECT_TRUE(identical((RotationMatrix(B) * third).matrix(), B * third.k()));
+  const auto X = TransformT<RotationMatrixAboutZ>({0.7F, 0.4F}, {4.0F, 5.0F, 6.0F}) *
+                 TransformT<RotationMatrixIdentity>(third, {1.0F, 2.0F, 3.0F});
+  EXPECT_TRUE(X.E.c() == 0.7F * third.k() && X.E.s() == 0.4F * third.k());
+  EXPECT_TRUE(identical(X.r, Eigen::Vector3f(5.0F, 7.0F, 9.0F)));
+}
+
+TEST(MotionAndForce, AddAndCross) {
+  Random random(1);
+  const Vector6f a = random.matrix<6>(), b = random.matrix<6>();
+  EXPECT_TRUE(identical(Motion(a).angular(), a.head<3>()) && identical(Force(a).couple(), a.head<3>()));
+  EXPECT_TRUE(identical(Vector6f(Motion(a)), a) && identical(Vector6f(Force(a)), a));
+  EXPECT_TRUE(identical(Vector6f(Motion(a) + Motion(b)), a + b) && identical(Vector6f(Motion(a) + b), a + b));
+  EXPECT_TRUE(identical(Vector6f(Motion(a) - Motion(b)), a - b) && identical(Vector6f(Force(a) - Force(b)), a - b));
+  EXPECT_TRUE(identical(Vector6f(Force(a) + Force(b)), a + b));
+
+  const Eigen::Matrix3d w = skew(a.head<3>()), v = skew(a.tail<3>());
+  const Matrix6d cross = (Matrix6d() << w, Eigen::Matrix3d::Zero(), v, w).finished();
+  EXPECT_TRUE(near(Vector6f(crm(Motion(a), Motion(b))), cross * b.cast<double>(), tolerance));
+  EXPECT_TRUE(near(Vector6f(crf(Motion(a), Force(b))), -cross.transpose() * b.cast<double>(), tolerance));
+}
+
+template <typename Rotation>
+struct Transforms : testing::Test {};
+using Kinds = testing::Types<RotationMatrix, RotationMatrixAboutZ, RotationMatrixIdentity>;
+TYPED_TEST_SUITE(Transforms, Kinds);
+
+TYPED_TEST(Transforms, ActAsTheirMatrices) {
+  Random random(2);
+  const auto X = make<TypeParam>(random);
+  const Matrix6d M = onMotions(X), F = M.inverse().transpose();  // power is the same in every frame
+  const Vector6f x = random.matrix<6>();
+  const auto x_d = x.cast<double>();
+  EXPECT_TRUE(near(Vector6f(X.apply(Motion(x))), M * x_d, tolerance));
+  EXPECT_TRUE(near(Vector6f(X.apply(Force(x))), F * x_d, tolerance));
+  EXPECT_TRUE(near(Vector6f(X.applyInv(Motion(x))), M.inverse() * x_d, tolerance));
+  EXPECT_TRUE(near(Vector6f(X.applyInv(Force(x))), F.inverse() * x_d, tolerance));
+  Eigen::Matrix<float, 6, 2> columns = random.matrix<6, 2>();
+  const Eigen::Matrix<double, 6, 2> expected = F.inverse() * columns.cast<double>();
+  EXPECT_TRUE(near(X.applyInv(Eigen::Matrix<float, 6, Eigen::Dynamic>(columns)), expected, tolerance));
+  columns = X.applyInv(columns);  // in place
+  EXPECT_TRUE(near(columns, expected, tolerance));
+  const Inertia body = random.inertia();
+  EXPECT_TRUE(near(matrix(X.applyInv(body)), M.transpose() * matrix(body) * M, 4 * tolerance));
+
+  const Eigen::Vector3f p = random.matrix<3>(), p_new = X.E.matrix() * (p - X.r);
+  EXPECT_TRUE(near(Eigen::Vector3f(X.applyToPoint(p)), p_new.cast<double>(), tolerance));
+  EXPECT_TRUE(near(Eigen::Vector3f(X.applyInvToPoint(p_new)), p.cast<double>(), tolerance));
+}
+
+TEST(TransformProducts, ApplyTheRightFactorFirst) {
+  Random random(3);
+  const auto G1 = make<RotationMatrix>(random), G0 = make<RotationMatrix>(random);
+  const auto Z1 = make<RotationMatrixAboutZ>(random);
+  const TransformT<RotationMatrixIdentity> S0(RotationMatrixIdentity(1.0F), random.matrix<3>().eval());
+  EXPECT_TRUE(near(onMotions(G1 * G0), onMotions(G1) * onMotions(G0), tolerance));
+  EXPECT_TRUE(near(onMotions(Z1 * G0), onMotions(Z1) * onMotions(G0), tolerance));
+  EXPECT_TRUE(near(onMotions(Z1 * S0), onMotions(Z1) * onMotions(S0), tolerance));
+  EXPECT_TRUE(near(onMotions(G1 * S0), onMotions(G1) * onMotions(S0), tolerance));
+}
+
+TEST(Inertias, ActAsTheirMatrixAndAdd) {
+  Random random(5);
+  const Inertia a = random.inertia(), b = random.inertia();
+  const Vector6f v = random.matrix<6>();
+  EXPECT_TRUE(near(Vector6f(a * Motion(v)), matrix(a) * v.cast<double>(), tolerance));
+  EXPECT_TRUE(near(matrix(a + b), matrix(a) + matrix(b), tolerance));
+
+  // The products of a motion subspace select entries, so nothing is rounded.
+  const auto expectSubspace = [&](const auto& S, const auto& expected) {
+    const Vector6f f = random.matrix<6>();
+    const auto rates = random.matrix<std::decay_t<decltype(S)>::dof_number>();
+    EXPECT_TRUE(near(S.matrix(), expected, 0.0));
+    EXPECT_TRUE(near(a * S, matrix(a) * expected, 0.0));
+    EXPECT_TRUE(near(S * rates, expected * rates.template cast<double>(), 0.0));
+    EXPECT_TRUE(near(S.transposeTimes(Force(f)), expected.transpose() * f.cast<double>(), 0.0));
+  };
+  const Matrix6d unit = Matrix6d::Identity();
+  expectSubspace(ConstraintMotionFreeFlyerBody(), (Matrix6d() << unit.bottomRows<3>(), unit.topRows<3>()).finished());
+  expectSubspace(ConstraintMotionAboutZ(), unit.col(2).eval());
+}
+
+TEST(FreeFlyerSubspace, GivesTheBitsOfTheFullProduct) {
+  const ConstraintMotionFreeFlyerBody S;
+  // Any NaN is as good as another.
+  const auto number = [](const Vector6f& x) { return x.array().isNaN().select(7.0F, x).matrix().eval(); };
+  for (const float others : {0.0F, -0.0F, -2.0F}) {
+    for (const float one : {0.0F, -0.0F, 3.0F, HUGE_VALF}) {
+      for (int k = 0; k < 6; ++k) {
+        Vector6f x = Vector6f::Constant(others);
+        x[k] = one;
+        Vector6f expected = S.matrix().col(0) * x[0];
+        for (int j = 1; j < 6; ++j) expected += S.matrix().col(j) * x[j];
+        EXPECT_TRUE(identical(number(S.transposeTimes(Force(x))), number(expected))) << x.transpose();
+        EXPECT_TRUE(identical(number(S * x), number(expected))) << x.transpose();
+      }
+    }
+  }
+}
+
+}  // namespace

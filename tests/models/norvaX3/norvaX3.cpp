@@ -1,0 +1,57 @@
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <new>
+
+#include <tests/support/Scenario.hpp>
+#include <tests/support/matchers.hpp>
+#include <tools/accuracy/BodyData.hpp>
+#include <tools/accuracy/WholeRobot.hpp>
+
+namespace {
+
+using namespace lumo::test;
+using kinetra::norvaX3;
+
+bool isZero(const Eigen::MatrixXf& m) { return m.cwiseEqual(0.0F).all(); }
+
+TEST(Model, RecordStartsWithItsDefaults) {
+  alignas(norvaX3) static unsigned char memory[sizeof(norvaX3)];
+  void* (*volatile fill)(void*, int, std::size_t) = std::memset;  // nothing unset may look like zero
+  fill(memory, 0xff, sizeof memory);
+  forEachNode(*new (memory) norvaX3, [](auto& n) {
+    EXPECT_TRUE(isZero(n.sXp.E.matrix().row(0)) && isZero(n.joint.Xj.E.matrix().row(0)) &&
+                isZero(n.body.iX0.E.matrix()));
+    EXPECT_TRUE(isZero(Eigen::Matrix<float, 6, 1>(n.joint.cj)) && n.body.Iic.m == 0.0F);
+    EXPECT_TRUE(n.id == 0 || isZero(n.joint.vj.linear()));
+  });
+}
+
+TEST(Model, TablesAgreeWithEachOther) {
+  EXPECT_EQ(norvaX3::parents, (std::array<std::int32_t, 16>{-1, 0, 1, 0, 3, 4, 5, 6, 0, 8, 9, 0, 11, 12, 13, 14}));
+  float total = 0.0F;
+  for (const auto& body : norvaX3::inertias) {  // every body is nearly a point mass
+    total += body.m;
+    const Eigen::Vector3d h = body.h.cast<double>();
+    const Eigen::Matrix3d point = (h.squaredNorm() * Eigen::Matrix3d::Identity() - h * h.transpose()) / body.m;
+    EXPECT_TRUE(near(oracle::rotationalInertia(body), point, 5e-6 * point.trace()));
+  }
+  EXPECT_EQ(total, 27.824242F);
+  EXPECT_EQ(norvaX3::body_names, norvaX3::joint_names);
+  EXPECT_TRUE(norvaX3::Node10::joint_name == "KneePitch" && norvaX3::Node5::Xt.E(1, 2) == 0.987688F);
+}
+
+TEST(Model, AtZeroAnglesTheArmsAreMirrorImages) {
+  const oracle::WholeRobot robot{Scenario::Vector21::Zero()};
+  const Eigen::Vector3d mirror(1.0, -1.0, 1.0);
+  for (int left = 3; left < 8; ++left) {
+    const auto com = robot.bodyComInWorld(left).value;
+    EXPECT_TRUE(near(mirror.asDiagonal() * com, robot.bodyComInWorld(left + 8).value, 1e-8)) << left;
+    EXPECT_EQ("R" + norvaX3::joint_names.data()[left].substr(1), norvaX3::joint_names.data()[left + 8]);
+  }
+  EXPECT_TRUE(near(robot.poseInWorld(7).value.col(3), Eigen::Vector3d(0.272353, 0.164740, 0.110415), 1e-6));
+  EXPECT_TRUE(near(robot.poseInWorld(10).value.col(3), Eigen::Vector3d(0.00002, 0.0, -0.486), 1e-7));
+  EXPECT_TRUE(near(robot.firstMomentInRoot().value / 27.824242, Eigen::Vector3d(0.0096903, 0.0, -0.394897), 1e-6));
+}
+
+}  // namespace

@@ -1,0 +1,23 @@
+#include <gtest/gtest.h>
+
+#include <oxmath/oxmath.h>
+#include <tests/support/matchers.hpp>
+#include <tools/toFloats.hpp>
+
+namespace {
+
+using namespace lumo::test;
+using namespace OX::Math;
+
+// Elsewhere the six values show in every world pose. Here the axes of roll and yaw are in line, and the angles not
+// unique.
+TEST(OxMath, PoseSurvivesGimbalLock) {
+  for (const float pitch : {1.57079633F, -1.57079633F}) {
+    Transform locked = transformFromPosition6D({1, 2, 3, 0.5F, pitch, -2});
+    locked.m[0][0] = locked.m[1][0] = locked.m[2][1] = locked.m[2][2] = 0;
+    const Transform again = transformFromPosition6D(position6DFromTransform(locked));
+    EXPECT_TRUE(near(lumo::toMatrix(again), lumo::toMatrix(locked), 2 * 0x1p-23)) << pitch;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include <service/RigidBodySystem.hpp>
+#include <tools/Uniform.hpp>
+
+namespace lumo {
+
+/// A value for every input of a rigid-body system of 16 bodies and 21 coordinates, drawn from a seed: generic, and the
+/// same to the bit on every machine. Positions within 3 m and 3 rad (the root's pitch within 1.5), rates within 3 and
+/// accelerations within 10 per second, wrenches within 10 N and N m; all of them times `scale`.
+struct State {
+  explicit State(std::uint64_t seed, float scale = 1.0F) {
+    Uniform random(seed);
+    for (float& x : q) x = random(3.0F * scale);
+    q[4] *= 0.5F;
+    for (float& x : dq) x = random(3.0F * scale);
+    for (float& x : ddq) x = random(10.0F * scale);
+    for (auto& wrench : wrenches) {
+      for (float& x : wrench) x = random(10.0F * scale);
+    }
+  }
+
+  OX::Math::Transform rootPose() const {
+    return OX::Math::transformFromPosition6D(OX::Math::Position6D(q[0], q[1], q[2], q[3], q[4], q[5]));
+  }
+  /// Sets the state, but for the wrenches. A system is one by our interface or by a host's own declaration of it.
+  template <class System>
+  void set(System& system) const {
+    system.setRootPose(rootPose());
+    system.setRootVelocity({dq[0], dq[1], dq[2], dq[3], dq[4], dq[5]});
+    system.setRootAcceleration({ddq[0], ddq[1], ddq[2], ddq[3], ddq[4], ddq[5]});
+    system.setJointAnglesPos(q.tail<15>());
+    system.setJointAnglesVel(dq.tail<15>());
+    system.setJointAnglesAcc(ddq.tail<15>());
+  }
+  template <class System>
+  void setWrenches(System& system) const {
+    for (std::size_t b = 0; b < wrenches.size(); ++b) system.setExternalWrench(b, wrenches[b]);
+  }
+
+  using Coordinates = Eigen::Array<float, 21, 1>;
+  Coordinates q, dq, ddq;
+  std::vector<std::vector<float>> wrenches = std::vector<std::vector<float>>(16, std::vector<float>(6));
+};
+
+}  // namespace lumo

@@ -1,0 +1,171 @@
+// lumo-accuracy: compares every kind of result with a double-precision oracle over many random states, and
+// prints the errors beside those that docs/accuracy.md states. It links the model and loads no plug-in.
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <stdexcept>
+#include <string>
+
+#include <CLI/CLI.hpp>
+#include <fmt/format.h>
+
+#include <models/norvaX3/norvaX3.hpp>
+#include <service/KinetraRigidBodySystem.hpp>
+#include <tools/State.hpp>
+#include <tools/accuracy/WholeRobot.hpp>
+#include <tools/program.hpp>
+#include <tools/toFloats.hpp>
+
+namespace {
+
+using kinetra::norvaX3;
+using lumo::toMatrix;
+using oracle::Estimate;
+
+/// The errors of one kind of result, in float epsilons of the magnitude of each entry.
+class Errors {
+ public:
+  /// The largest error over 100,000 states from seed 1, as docs/accuracy.md states it.
+  Errors(const char* kind, double stated) : kind_(kind), stated_(stated) {}
+
+  /// An entry that is no number, or not zero where it must be, is infinitely wrong.
+  template <typename Actual>
+  void add(const Eigen::MatrixBase<Actual>& actual, const Estimate& expected) {
+    for (Eigen::Index j = 0; j < actual.cols(); ++j) {
+      for (Eigen::Index i = 0; i < actual.rows(); ++i) {
+        const double error = std::abs(static_cast<double>(actual(i, j)) - expected.value(i, j));
+        const double magnitude = expected.magnitude(i, j);
+        if (error == 0.0 && magnitude == 0.0) continue;
+        const double relative = error / (magnitude * 0x1p-23);
+        largest_ = std::isnan(relative) ? HUGE_VAL : std::max(largest_, relative);
+        squares_ += relative * relative;
+        ++count_;
+      }
+    }
+  }
+
+  bool exceeds(double factor) const { return !(largest_ <= factor * stated_); }
+  const char* kind() const { return kind_; }
+  std::string row() const {
+    const double rootMeanSquare = std::sqrt(squares_ / static_cast<double>(count_));
+    return fmt::format("{:26} {:12} {:10.3f} {:10.2f} {:10.2f}\n", kind_, count_, rootMeanSquare, largest_, stated_);
+  }
+
+ private:
+  const char* kind_;
+  double stated_;
+  double largest_ = 0.0;
+  double squares_ = 0.0;
+  std::uint64_t count_ = 0;
+};
+
+struct Report {
+  Errors axesInRoot{"axes in root", 3.2};
+  Errors originsInRoot{"origins in root", 1.3};
+  Errors axes{"axes in world", 4.6};
+  Errors origins{"origins in world", 0.9};
+  Errors comInRoot{"centre of mass in root", 2.0};
+  Errors com{"centre of mass in world", 0.9};
+  Errors comsOfBodies{"bodies' centres of mass", 1.6};
+  Errors partialComs{"partial centres of mass", 2.1};
+  Errors jacobian{"Jacobian", 9.0};
+  Errors mass{"mass matrix", 5.4};
+  Errors partialJacobians{"partial com Jacobians", 5.8};
+  Errors torques{"torques", 2.1};
+
+  std::array<const Errors*, 12> all() const {
+    return {&axesInRoot,   &originsInRoot, &axes,     &origins, &comInRoot,        &com,
+            &comsOfBodies, &partialComs,   &jacobian, &mass,    &partialJacobians, &torques};
+  }
+};
+
+Estimate divided(const Estimate& sum, double mass) { return {sum.value / mass, sum.magnitude / mass}; }
+Estimate rightColumns(const Estimate& all, Eigen::Index count) {
+  return {all.value.rightCols(count), all.magnitude.rightCols(count)};
+}
+
+/// The axes and the origin of one pose.
+void addPose(const OX::Math::Transform& pose, const Estimate& expected, Errors& axes, Errors& origins) {
+  const auto actual = toMatrix(pose);
+  axes.add(actual.leftCols<3>(), {expected.value.leftCols(3), expected.magnitude.leftCols(3)});
+  origins.add(actual.col(3), {expected.value.col(3), expected.magnitude.col(3)});
+}
+
+/// Adds up all results of one state; of those that leave out a body, the ones without `excluded`.
+void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t excluded, Report& report) {
+  state.set(robot);
+  state.setWrenches(robot);
+  robot.computeFwdKinematics();
+  robot.computeGeneralizedMass();
+  robot.computeInverseDynamics();
+
+  // The root's angles reach the system through the host's math library, whose rounding is not in question here.
+  oracle::WholeRobot::Vector21f q = state.q;
+  const auto rootPose = OX::Math::transformFromPosition6D({q[0], q[1], q[2], q[3], q[4], q[5]});
+  q.head<6>() = toMatrix(OX::Math::position6DFromTransform(rootPose));
+  const oracle::WholeRobot expected(q, state.dq, state.ddq, oracle::toForces(state.wrenches).data());
+
+  double mass = 0.0;
+  Estimate momentInWorld{Eigen::Vector3d::Zero(), Eigen::Vector3d::Zero()};
+  for (std::size_t b = 0; b < 16; ++b) {
+    const int body = static_cast<int>(b);
+    addPose(robot.getPoseInRoot(b), expected.poseInRoot(body), report.axesInRoot, report.originsInRoot);
+    addPose(robot.getPose(b), expected.poseInWorld(body), report.axes, report.origins);
+    const Estimate com = expected.bodyComInWorld(body);
+    report.comsOfBodies.add(toMatrix(robot.getComPosition(b)), com);
+    const double m = static_cast<double>(norvaX3::inertias[b].m);
+    mass += m;
+    momentInWorld.value += m * com.value;
+    momentInWorld.magnitude += m * com.magnitude;
+  }
+  report.com.add(toMatrix(robot.getComPosition()), divided(momentInWorld, mass));
+  report.comInRoot.add(toMatrix(robot.getComPositionInRoot()), divided(expected.firstMomentInRoot(), mass));
+  report.jacobian.add(robot.getJacobianInRoot().rightCols(15), rightColumns(expected.jacobianInRoot(), 15));
+  report.mass.add(robot.getGeneralizedMass(), expected.massMatrix());
+  report.torques.add(toMatrix(robot.getJointAnglesTorque()),
+                     {expected.torques().value.bottomRows(15), expected.torques().magnitude.bottomRows(15)});
+
+  const int without = static_cast<int>(excluded);
+  Eigen::Matrix<float, 3, Eigen::Dynamic> J;
+  robot.computePartialComJacobian(excluded, J);
+  report.partialJacobians.add(J, expected.momentumJacobianInWorld(without));
+  if (excluded > 0) {
+    report.partialComs.add(
+        toMatrix(robot.computePartialComPositionInRoot(excluded)),
+        divided(expected.firstMomentInRoot(without), mass - static_cast<double>(norvaX3::inertias[excluded].m)));
+  }
+}
+
+void run(int argc, char** argv) {
+  CLI::App app{"Compares every kind of result with a double-precision calculation of another form.", "lumo-accuracy"};
+  std::uint64_t states = 100000;
+  std::uint64_t seed = 1;
+  bool check = false;
+  app.add_option("--states", states, "How many states")->capture_default_str()->check(CLI::PositiveNumber);
+  app.add_option("--seed", seed, "Which states")->capture_default_str()->check(CLI::Range(0xffffffffU));
+  app.add_flag("--check", check, "Fail when a largest error exceeds twice the one stated");
+  if (!lumo::parse(app, argc, argv)) return;
+
+  Report report;
+  lumo::KinetraRigidBodySystem<norvaX3> robot;
+  for (std::uint64_t i = 0; i < states; ++i) compare(robot, lumo::State((seed << 32U) + i), i % 16, report);
+
+  std::string text =
+      fmt::format("{} states from seed {}; errors in float epsilons (2^-23) of the magnitude\n\n", states, seed);
+  text += fmt::format("{:26} {:>12} {:>10} {:>10} {:>10}\n", "kind of result", "entries", "rms", "largest", "stated");
+  std::string excess;
+  for (const Errors* errors : report.all()) {
+    text += errors->row();
+    if (errors->exceeds(2.0)) excess += fmt::format("{}{}", excess.empty() ? "" : ", ", errors->kind());
+  }
+  lumo::write(text);
+  if (check && !excess.empty()) throw std::runtime_error("more than twice the stated error: " + excess);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return lumo::runProgram("lumo-accuracy", [&] { run(argc, argv); });
+}

@@ -1,0 +1,37 @@
+// lumo-inspect: loads a plug-in, sets its robot's state and shows what there is to know about it.
+
+#include <host/Plugin.hpp>
+#include <tools/inspect/Report.hpp>
+#include <tools/inspect/Request.hpp>
+#include <tools/inspect/setState.hpp>
+#include <tools/inspect/svg/toSvg.hpp>
+#include <tools/inspect/toJson.hpp>
+#include <tools/inspect/toText.hpp>
+#include <tools/program.hpp>
+
+namespace {
+
+using namespace lumo::inspect;
+
+/// Everything that can go wrong with the input has gone wrong before the first byte is written.
+void run(int argc, char** argv) {
+  const auto request = readRequest(argc, argv);
+  if (!request) return;
+
+  const auto robot = lumo::Plugin(request->plugin).create();
+  setState(*request, *robot);
+  const Report report = computeReport(*robot);
+  const std::string text = request->list ? toList(report) : request->json ? toJson(report) : toText(report);
+
+  if (!request->svg.empty()) {
+    const Drawing drawing{request->plugin.stem().string(), request->axes};
+    lumo::writeFile(request->svg, toSvg(report, drawing));
+  }
+  lumo::write(text);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  return lumo::runProgram("lumo-inspect", [&] { run(argc, argv); });
+}

@@ -1,0 +1,74 @@
+#include <tools/program.hpp>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <stdexcept>
+#include <system_error>
+
+#include <unistd.h>
+
+#include <fmt/format.h>
+
+namespace lumo {
+
+void addPluginOption(CLI::App& app, std::filesystem::path& file) {
+  const auto program = std::filesystem::read_symlink("/proc/self/exe");
+  file = program.parent_path().parent_path() / "lib/lumo/norvaX3.so";
+  app.add_option("--plugin", file, "The plug-in; by default ../lib/lumo/norvaX3.so beside this program")
+      ->type_name("FILE");
+}
+
+bool parse(CLI::App& app, int argc, char** argv) {
+  app.set_version_flag("--version", app.get_name() + " " + LUMO_VERSION, "Print the version and exit");
+  try {
+    app.parse(argc, argv);
+    return true;
+  } catch (const CLI::CallForHelp&) {
+    write(app.help());
+  } catch (const CLI::CallForVersion& version) {
+    write(std::string(version.what()) + "\n");
+  }
+  return false;
+}
+
+void write(const std::string& text) {
+  const bool written = std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0;
+  if (!written) throw std::runtime_error(fmt::format("cannot write to standard output: {}", std::strerror(errno)));
+}
+
+void writeFile(const std::filesystem::path& path, const std::string& text) {
+  std::error_code ignored;
+  const bool replace = !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
+  const auto canonical = std::filesystem::weakly_canonical(path, ignored);  // a link stays, its file is replaced
+  const auto target = replace && !canonical.empty() ? canonical : path;
+  const std::string file = replace ? fmt::format("{}.{}.part", target.string(), getpid()) : target.string();
+  const auto check = [&](bool good) {
+    if (good) return;
+    const std::string reason = std::strerror(errno);
+    if (replace) std::remove(file.c_str());
+    throw std::runtime_error(fmt::format("cannot write {}: {}", path.string(), reason));
+  };
+  std::FILE* stream = std::fopen(file.c_str(), "w");
+  check(stream != nullptr);
+  const bool written = std::fwrite(text.data(), 1, text.size(), stream) == text.size();
+  check((std::fclose(stream) == 0) && written);
+  if (replace) check(std::rename(file.c_str(), target.c_str()) == 0);
+}
+
+int runProgram(const char* name, const std::function<void()>& run) {
+  try {
+    run();
+    return 0;
+  } catch (const std::exception& error) {
+    std::string line = error.what();  // may quote what the user wrote, whatever that was
+    std::replace_if(
+        line.begin(), line.end(), [](char c) { return c >= 0 && c < ' '; }, ' ');
+    fmt::print(stderr, "{}: {}\n", name, line);
+    return 1;
+  }
+}
+
+}  // namespace lumo
