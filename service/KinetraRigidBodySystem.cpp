@@ -13,7 +13,6 @@
 
 namespace lumo {
 
-using kinetra::Force;
 using kinetra::Inertia;
 using kinetra::RotationMatrix;
 using simd::Vector3;

@@ -144,22 +144,22 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   // computeInverseDynamics, from q_. The mass matrix and the partial Jacobian work on what they left.
   Robot robot_;
 
-  // Inputs: written by the setters. 21 x 1, the root's six first.
+  // Inputs: written by the setters. nb_dof x 1, the root's six first.
   JointSpaceVector q_;    // m and rad in the world, rad
   JointSpaceVector dq_;   // m/s and rad/s in the root's axes, rad/s
   JointSpaceVector ddq_;  // m/s^2 and rad/s^2 in the root's axes, rad/s^2
 
-  // computeInverseDynamics: stale once an input or an inertia changes. 21 x 1; N and N m in the root's axes, N m.
+  // computeInverseDynamics: stale once an input or an inertia changes. nb_dof x 1; N and N m in the root's axes, N m.
   JointSpaceVector torques_;
 
   // Input: the external force on each body, in its frame about its origin.
-  std::vector<kinetra::Spatial::Force> fext_;
+  std::vector<Force> fext_;
 
-  // computeFwdKinematicsExceptRoot: stale once a joint angle changes. 6 x 21, angular rows first, in the root's frame;
-  // the first six columns are constant, the root's motion subspace.
+  // computeFwdKinematicsExceptRoot: stale once a joint angle changes. 6 x nb_dof, angular rows first, in the root's
+  // frame; the first six columns are constant, the root's motion subspace.
   Eigen::Matrix<float, 6, Eigen::Dynamic> J_;
 
-  // computeGeneralizedMass: stale once a joint angle or an inertia changes. 21 x 21; zero between branches.
+  // computeGeneralizedMass: stale once a joint angle or an inertia changes. nb_dof x nb_dof; zero between branches.
   Eigen::MatrixXf H_;
 
   // computeFwdKinematicsOnlyRoot, setRootPose (the root) and setPose: stale once a position changes. World frame. The

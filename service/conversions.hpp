@@ -12,7 +12,9 @@
 namespace lumo {
 
 namespace simd = kinetra::Spatial::simd;
-using SpatialTransform = kinetra::Spatial::TransformT<kinetra::Spatial::RotationMatrix>;
+using kinetra::Spatial::Force;
+using kinetra::Spatial::TransformT;
+using SpatialTransform = TransformT<kinetra::Spatial::RotationMatrix>;
 
 /// The floats of a host value, in order: a Transform's rows (three of R, one of t), a position's or velocity's
 /// components.
@@ -45,8 +47,7 @@ template <typename RotationA, typename RotationB>
   invToOXMath(A * B, H);
 }
 template <typename RotationA, typename RotationB>
-void invProdToOXMath(const kinetra::Spatial::TransformT<RotationA>& A, const kinetra::Spatial::TransformT<RotationB>& B,
-                     OX::Math::Transform& H) {
+void invProdToOXMath(const TransformT<RotationA>& A, const TransformT<RotationB>& B, OX::Math::Transform& H) {
   invProdToOXMath(load(A), load(B), H);
 }
 
@@ -70,9 +71,8 @@ inline OX::Math::Position3D toPosition3D(simd::Vector3 p) {
 }
 
 /// The spatial force of a wrench of six floats, force then torque.
-inline kinetra::Spatial::Force toForce(const std::vector<float>& wrench) {
-  return kinetra::Spatial::Force(
-      simd::Force{simd::Vector3::load(wrench.data() + 3), simd::Vector3::load(wrench.data())});
+inline Force toForce(const std::vector<float>& wrench) {
+  return Force(simd::Force{simd::Vector3::load(wrench.data() + 3), simd::Vector3::load(wrench.data())});
 }
 
 }  // namespace lumo

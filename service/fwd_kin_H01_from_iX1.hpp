@@ -7,8 +7,8 @@
 
 // World poses of all bodies.
 //
-// Reads sXp of node 0 (world to root) and iX1 (root to body). Writes poses[0..15], the pose of each body in the world,
-// and no further entry. The joint angles are those of the last fwd_kin_iX1.
+// Reads sXp of node 0 (world to root) and iX1 (root to body). Writes the first nb_bodies entries of poses, the pose of
+// each body in the world. The joint angles are those of the last fwd_kin_iX1.
 
 namespace lumo {
 

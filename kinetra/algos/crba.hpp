@@ -61,8 +61,8 @@ struct crba<Robot, false> {
   struct DftVisitor {
     using Node = node_t<Robot_, i>;
 
-    template <typename Robot__, int a, int j>
-    using BwdtVisitor = internal::BwdtVisitor<Robot__, a, j>;
+    template <typename AnyRobot, int a, int j>
+    using BwdtVisitor = internal::BwdtVisitor<AnyRobot, a, j>;
 
     template <typename Derived>
     static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&) {
