@@ -14,22 +14,23 @@ using Spatial::Motion;
 using Spatial::RotationMatrix;
 using Spatial::RotationMatrixAboutZ;
 using Spatial::RotationMatrixIdentity;
+using Spatial::SinCos;
 using Spatial::store;
 using Spatial::TransformT;
 
-// The frames that the letters of a transform name: s is the node's own body, p its parent's (the world for the root), i
-// is body i; 0 is the world and 1 the root. So sXp takes the parent's coordinates to the body's, iX1 the root's to body
-// i's. Lower-case v, a, f, I of a body are in the body's own frame.
+// The letters in the name of a transform: s is the frame of the node's own body, p that of its parent (the world for
+// the root), i that of body i, 0 the world and 1 the root. So sXp takes the parent's coordinates to the body's, and iX1
+// the root's to body i's. The motions, forces and inertias of a body are in its own frame.
 
 /// Working state of a node's body.
 struct Body {
-  TransformT<RotationMatrix> iX0;  ///< keeps the record's layout; no pass reads or writes it
+  TransformT<RotationMatrix> iX0;  ///< only part of the record's layout: no pass uses it
   Motion vi;                       ///< velocity (inverse dynamics)
   Motion ai;                       ///< acceleration, gravity included (inverse dynamics)
   Inertia Iic;                     ///< composite inertia of the subtree (mass matrix)
 };
 
-/// What a node holds. It depends only on the kinds of the joint and of sXp's rotation, so nodes of the same kinds can
+/// What a node holds. It depends only on the types of the joint and of sXp's rotation, so nodes of the same types can
 /// share the steps of a pass.
 template <typename Joint, typename Rotation>
 struct NodeState {
@@ -39,7 +40,7 @@ struct NodeState {
   Body body;
 };
 
-/// One node of the tree: a body and the joint that hangs it from its parent. What is structure is constant.
+/// One node of the tree: a body and the joint that connects it to its parent. Its place in the tree is constant.
 template <int Id, int ParentId, int DofIndex, typename Joint, typename XtRotation, int... Children>
 struct Node : NodeState<Joint, decltype(std::declval<typename Joint::Rotation>() * std::declval<XtRotation>())> {
   static constexpr int id = Id;

@@ -11,7 +11,7 @@ namespace kinetra::internal {
 /// A pass over the tree is a visitor with two hooks per node, both static:
 ///   Visitor<Robot, N>::discover(robot, args...)   before the children of N: transforms, velocities, accelerations
 ///   Visitor<Robot, N>::finish(robot, args...)     after them: composite inertias, transmitted forces
-/// The arguments reach every hook unchanged, by reference. Which node comes next is settled by the compiler, so a pass
+/// The arguments reach every hook unchanged, by reference. The order of the nodes is fixed at compile time, so a pass
 /// is straight-line code that knows each node's joint, parent, coordinates and kinds of rotation.
 template <template <typename, int> class Visitor, typename Robot, int N>
 struct depth_first_traversal_internal {
@@ -29,8 +29,8 @@ struct depth_first_traversal_internal {
   }
 };
 
-/// The walk over the whole tree, from node 0. Nodes are discovered parent first, in the order of their ids, and
-/// finished children first.
+/// The walk over the whole tree, from the root, node 0. Nodes are numbered in the order in which they are discovered: a
+/// parent before its children, a whole subtree before the next. The world, the root's parent, has the number -1.
 template <template <typename, int> class Visitor, typename Robot>
 struct depth_first_traversal {
   template <typename... Args>

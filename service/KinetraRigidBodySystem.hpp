@@ -15,9 +15,9 @@
 namespace lumo {
 
 /// The rigid-body system of a model compiled in. It owns a robot record, the host's inputs and the results; its
-/// operations copy into these members, run passes over the record and hand out references. Nothing refreshes itself: a
-/// result changes when its compute operation runs; a stored world pose also when setRootPose or setPose writes it, and
-/// the masses when setBodyInertia does.
+/// operations copy into these members, run passes over the record and hand out references. No result is updated by
+/// itself: each changes only when its compute operation runs. Two exceptions are inputs at the same time: setRootPose
+/// and setPose write world poses, and setBodyInertia updates the masses.
 template <typename Robot>
 class KinetraRigidBodySystem final : public RigidBodySystem {
  public:
@@ -27,7 +27,7 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   using ArrayRef = Eigen::Ref<const Eigen::ArrayXf>;
   using Names = std::array<std::string, Robot::nb_bodies>;
 
-  /// All inputs and results zero or the identity. Takes the total mass afresh from the table of inertias.
+  /// All inputs and results zero or the identity. Recomputes the total mass from the table of inertias.
   KinetraRigidBodySystem();
   KinetraRigidBodySystem(const KinetraRigidBodySystem&) = default;
   KinetraRigidBodySystem& operator=(const KinetraRigidBodySystem&) = delete;
@@ -138,18 +138,19 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   static Velocity6D velocity6D(const JointSpaceVector& v) { return Velocity6D(v[0], v[1], v[2], v[3], v[4], v[5]); }
   static std::size_t indexOf(const std::string& name, const Names& names, std::size_t first, const char* message);
 
-  // The order of the members is part of the design: they are built and copied from first to last.
+  // Members are constructed and copied in this order, which is fixed.
 
-  // Every node's transforms: written by the forward kinematics (of the root alone, or of all) and by
-  // computeInverseDynamics, from q_. The mass matrix and the partial Jacobian work on what they left.
+  // sXp of every node, from q_: computeFwdKinematicsExceptRoot and computeInverseDynamics write all of them,
+  // computeFwdKinematicsOnlyRoot only the root's. The mass matrix and the partial Jacobian use the last ones written.
   Robot robot_;
 
-  // Inputs: written by the setters. nb_dof x 1, the root's six first.
-  JointSpaceVector q_;    // m and rad in the world, rad
-  JointSpaceVector dq_;   // m/s and rad/s in the root's axes, rad/s
-  JointSpaceVector ddq_;  // m/s^2 and rad/s^2 in the root's axes, rad/s^2
+  // Inputs: written by the setters. nb_dof x 1, the root's six first, linear, then angular.
+  JointSpaceVector q_;    // root: x, y, z (m) and roll, pitch, yaw (rad) in the world; joints: rad
+  JointSpaceVector dq_;   // root: m/s and rad/s in its own axes; joints: rad/s
+  JointSpaceVector ddq_;  // root: the derivatives of these components; joints: rad/s^2
 
-  // computeInverseDynamics: stale once an input or an inertia changes. nb_dof x 1; N and N m in the root's axes, N m.
+  // computeInverseDynamics: stale once an input or an inertia changes. nb_dof x 1; root: N and N m
+  // in its own axes; joints: N m.
   JointSpaceVector torques_;
 
   // Input: the external force on each body, in its frame about its origin.
@@ -162,19 +163,18 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   // computeGeneralizedMass: stale once a joint angle or an inertia changes. nb_dof x nb_dof; zero between branches.
   Eigen::MatrixXf H_;
 
-  // computeFwdKinematicsOnlyRoot, setRootPose (the root) and setPose: stale once a position changes. World frame. The
-  // volatile frame stands behind the bodies and is only ever set.
+  // computeFwdKinematicsOnlyRoot, setRootPose (the root's) and setPose: stale once a position changes. World frame. The
+  // last entry is the volatile frame, a pose that the host keeps here and that is never computed.
   std::vector<Transform> poses_;
 
   // computeFwdKinematicsExceptRoot: stale once a joint angle changes. Root's frame; iX1_ takes root coordinates to the
-  // body's. Entry 0 of both is the identity for ever.
+  // body's. Entry 0 of both is always the identity.
   std::vector<Transform> posesInRoot_;
   std::array<SpatialTransform, nb_bodies> iX1_;
 
-  // computeFwdKinematicsOnlyRoot, from the root's pose and comInRoot_; computeFwdKinematicsExceptRoot. Stale as the
-  // poses are, and once an inertia changes.
-  Position3D com_;
-  Position3D comInRoot_;
+  // Centre of mass of the robot. Stale as the poses of the same frame are, and once an inertia changes.
+  Position3D com_;        // computeFwdKinematicsOnlyRoot, from the root's pose and comInRoot_: world frame
+  Position3D comInRoot_;  // computeFwdKinematicsExceptRoot: root's frame
 
   // The pose of the world in itself.
   Transform worldPose_;

@@ -10,6 +10,7 @@ namespace kinetra {
 struct RevoluteJointAboutZ {
   static constexpr int dof_number = Spatial::ConstraintMotionAboutZ::dof_number;
   using Rotation = RotationMatrixAboutZ;
+  using Position = SinCos;  ///< what Xj is computed from: sine and cosine of the angle
 
   TransformT<Rotation> Xj;     ///< parent-side frame to child-side frame
   Motion cj = Motion::zero();  ///< velocity-product acceleration: none
@@ -17,16 +18,17 @@ struct RevoluteJointAboutZ {
   Spatial::ConstraintMotionAboutZ S;
   Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
-  /// Xj from the position (rad), vj from the velocity (rad/s). Returns Xj.
-  simd::TransformT<simd::RotationMatrixAboutZ> jcalc(float q, float dq) {
+  /// Xj from the position (rad, or its sine and cosine), vj from the velocity (rad/s). Returns Xj.
+  template <typename AnyPosition>
+  simd::TransformT<simd::RotationMatrixAboutZ> jcalc(const AnyPosition& q, float dq) {
     vj.angular() = Eigen::Vector3f(0.0F, 0.0F, dq);
     return jcalc_pos(q);
   }
 
   /// Xj from the position alone.
-  simd::TransformT<simd::RotationMatrixAboutZ> jcalc_pos(float q) {
-    const auto [s, c] = Spatial::SinCos(q);
-    const simd::TransformT<simd::RotationMatrixAboutZ> X = {{c, s}, simd::Vector3(0.0F, 0.0F, 0.0F)};
+  simd::TransformT<simd::RotationMatrixAboutZ> jcalc_pos(float q) { return jcalc_pos(Position(q)); }
+  simd::TransformT<simd::RotationMatrixAboutZ> jcalc_pos(Position q) {
+    const simd::TransformT<simd::RotationMatrixAboutZ> X = {{q.c, q.s}, simd::Vector3(0.0F, 0.0F, 0.0F)};
     store(X, Xj);
     return X;
   }

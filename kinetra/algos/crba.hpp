@@ -3,27 +3,31 @@
 #include <kinetra/Node.hpp>
 #include <kinetra/depth_first_traversal.hpp>
 
-// The generalized mass matrix by the composite-rigid-body algorithm.
+// The generalized mass matrix by the composite-rigid-body algorithm, Featherstone 2008, section 6.2 and table 6.2.
 //
-// Reads sXp and S of every node and the table of inertias. Writes Iic and F of every node and the blocks of H that
-// couple a node with itself and with its ancestors; entries that couple two branches are not touched.
-//   discover: Iic = I
-//   finish:   1. Iic of the parent += Iic   2. F = Iic S   3. H(i, i) = S'F
-//             4. F moves to the root; in every ancestor a on the way, H(a, i) = S'F   5. H(i, a) = H(a, i)'
-// Featherstone 2008, section 6.2 and table 6.2.
+// Reads sXp and S of every node, as the last joint pass left them, and the table of inertias. Writes Iic and F of every
+// node and the blocks of H that couple a node with itself and with its ancestors. All other blocks are zero by nature;
+// the caller sets them once. With p the parent of node i:
+//   discover: Iic_i = I_i
+//   finish:   1. Iic_p += pX*_i Iic_i iX_p        in the code sXp.applyInv(Iic)
+//             2. F = Iic_i S_i
+//             3. H_ii = S_i'F
+//             4. from each node j on the way to its parent a, until the root: F = aX*_j F, H_ai = S_a'F
+//             5. H_ia = H_ai' for every a
+// F is left in the root's frame.
 
 namespace kinetra {
 
 namespace internal {
 
-/// Iic of the parent += Iic. One function for all nodes of the same kinds.
+/// Iic_p += pX*_i Iic_i iX_p. All nodes with the same types of joint and rotation share one function.
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] void addInertiaToParent(const NodeState<Joint, Rotation>& n, Inertia& Iic_parent) {
   store(load(Iic_parent) + load(n.sXp).applyInv(load(n.body.Iic)), Iic_parent);
 }
 
-/// One step of the walk to the root: f, one column of some node's F, moves from j's frame to that of its parent a and
-/// meets a's joint. H_column is the column of H that belongs to f.
+/// One step of the walk to the root, from j to its parent a: F = aX*_j F and H_ai = S_a'F, for one column f of F. It
+/// does not depend on i, the node where the walk began: H_column is the column of H that belongs to f.
 template <typename Robot, int a, int j>
 struct BwdtVisitor {
   static void discover(Robot& robot, simd::Force& f, float* H_column) {
@@ -32,8 +36,9 @@ struct BwdtVisitor {
   }
 };
 
-/// The walk of a force from node j to the root, where it is stored in F_column. Each step is one function, shared by
-/// all walks that come past; couple and force are passed one by one because only so do they stay in registers.
+/// The walk from node j to the root with one column of F, which is stored in F_column at the end. The walks of all
+/// nodes below j share this function. Couple and force are two arguments because a compiler passes each in a register,
+/// but a pair of them in memory.
 template <typename Robot, int j>
 [[gnu::noinline]] void moveToRoot(Robot& robot, simd::Vector3 couple, simd::Vector3 force, float* H_column,
                                   float* F_column) {
@@ -42,16 +47,17 @@ template <typename Robot, int j>
   if constexpr (a >= 0) {
     BwdtVisitor<Robot, a, j>::discover(robot, f, H_column);
   }
-  if constexpr (a > 0) {
-    moveToRoot<Robot, a>(robot, f.couple, f.force, H_column, F_column);
-  } else {
+  constexpr bool in_root_frame = a <= 0;
+  if constexpr (in_root_frame) {
     f.store(F_column);
+  } else {
+    moveToRoot<Robot, a>(robot, f.couple, f.force, H_column, F_column);
   }
 }
 
 }  // namespace internal
 
-/// The flag says whether the pass runs the joint pass itself; there is only the pass that does not.
+/// runs_jcalc: whether the pass runs the joint pass itself. Only the pass that does not is needed and defined.
 template <typename Robot, bool runs_jcalc>
 struct crba;
 
@@ -61,6 +67,7 @@ struct crba<Robot, false> {
   struct DftVisitor {
     using Node = node_t<Robot_, i>;
 
+    /// A step of this node's walk to the root.
     template <typename AnyRobot, int a, int j>
     using BwdtVisitor = internal::BwdtVisitor<AnyRobot, a, j>;
 
@@ -69,7 +76,7 @@ struct crba<Robot, false> {
       store(load(Robot_::inertias[i]), node<i>(robot).body.Iic);
     }
 
-    /// What only discover needs is taken and not read.
+    /// partial_crba also hands its excluded body to both hooks; finish has no use for it.
     template <typename Derived, typename... Unused>
     static void finish(Robot_& robot, Eigen::MatrixBase<Derived>& H, const Unused&...) {
       auto& n = node<i>(robot);
@@ -88,7 +95,7 @@ struct crba<Robot, false> {
     }
 
    private:
-    /// H(i, a) = H(a, i)', and the same for the ancestors of a.
+    /// H_ia = H_ai' for a and all its ancestors.
     template <int a, typename Derived>
     static void mirror(Eigen::MatrixBase<Derived>& H) {
       if constexpr (a >= 0) {
@@ -101,7 +108,8 @@ struct crba<Robot, false> {
     }
   };
 
-  /// H: at least nb_dof x nb_dof, symmetric, rows and columns in the order of the coordinates (kg, kg m, kg m^2).
+  /// H: at least nb_dof x nb_dof, symmetric, rows and columns in the order of the coordinates, of which the root's are
+  /// linear, then angular (kg, kg m, kg m^2).
   template <typename Derived>
   static void run(Robot& robot, Eigen::MatrixBase<Derived>& H) {
     static_assert(!Derived::IsRowMajor && Derived::InnerStrideAtCompileTime == 1, "H must be stored by columns");

@@ -1,11 +1,13 @@
 #pragma once
 
+#include <kinetra/algos/Positions.hpp>
 #include <kinetra/depth_first_traversal.hpp>
 #include <kinetra/node_list.hpp>
 
 // The joint passes: every node on its own, so any order gives the same results.
 //
-// Reads q (and dq) of the node and its placement Xt. Writes joint.Xj and sXp; JcalcVisitor also joint.vj.
+// Reads q (and dq) of the node, q as a plain vector or as Positions, and its placement Xt. Writes joint.Xj and sXp;
+// JcalcVisitor also joint.vj.
 //   discover: 1. the joint's own step   2. sXp = Xj Xt
 // Featherstone 2008, section 4.4.
 
@@ -19,6 +21,12 @@ auto coordinates(const Vector& v) {
   } else {
     return v.template segment<Node::dof_number>(Node::dof_index).eval();
   }
+}
+
+/// Of positions whose sines are taken already: what the node's joint computes its Xj from.
+template <typename Node, typename Robot>
+auto coordinates(const Positions<Robot>& q) {
+  return q.template of<Node>();
 }
 
 /// Xj Xt
@@ -38,15 +46,15 @@ template <typename XtRotation>
 /// Positions and velocities: run(robot, q, dq), each nb_dof x 1 (m, rad; m/s, rad/s).
 template <typename Robot, int i>
 struct JcalcVisitor {
-  template <typename Vector>
-  static void discover(Robot& robot, const Vector& q, const Vector& dq) {
+  template <typename Position, typename Vector>
+  static void discover(Robot& robot, const Position& q, const Vector& dq) {
     using Node = node_t<Robot, i>;
     auto& n = node<i>(robot);
     const auto Xj = n.joint.jcalc(coordinates<Node>(q), coordinates<Node>(dq));
     store(place(Xj, Node::Xt), n.sXp);
   }
-  template <typename Vector>
-  static void finish(Robot&, const Vector&, const Vector&) {}
+  template <typename Position, typename Vector>
+  static void finish(Robot&, const Position&, const Vector&) {}
 };
 
 /// Positions alone: run(robot, q). The same Xj and sXp to the bit; joint.vj is left as it was.

@@ -6,20 +6,22 @@
 #include <kinetra/depth_first_traversal.hpp>
 #include <kinetra/minus_g.hpp>
 
-// Inverse dynamics by the recursive Newton-Euler algorithm.
+// Inverse dynamics by the recursive Newton-Euler algorithm, Featherstone 2008, section 5.3 and table 5.1.
 //
-// Reads sXp, S, vj and cj (a joint pass with velocities), the table of inertias and minus_g. Writes vi, ai and f of
-// every node and all of torques.
-//   discover: 1. vi and ai from the parent's   2. f = I ai + vi x* (I vi) - fext
-//   finish:   1. torques = S'f   2. f of the parent += f
-// Featherstone 2008, section 5.3 and table 5.1.
+// Reads sXp, S, vj and cj of every node, as the last joint pass with velocities left them, the table of inertias and
+// minus_g. Writes vi, ai and f of every node and all of torques. With p the parent of node i:
+//   discover: 1. v_i = iX_p v_p + vj
+//             2. a_i = iX_p a_p + S_i ddq_i + cj + v_i x vj        the world: v = 0, a = minus_g
+//             3. f_i = I_i a_i + v_i x* I_i v_i - fext_i           fext_i in the body's frame already
+//   finish:   4. torques_i = S_i'f_i
+//             5. f_p += pX*_i f_i                                  in the code sXp.applyInv(f)
 
 namespace kinetra {
 
 namespace internal {
 
-/// Velocity and acceleration of a body from those of its parent. The root has no parent body: it moves as its joint
-/// does, in a world that accelerates against gravity. One function for all nodes of the same kinds.
+/// v_i and a_i. parent is null for the root, whose parent is the world; it is an argument at run time so that all nodes
+/// with the same types of joint and rotation share one function.
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] std::pair<simd::Motion, simd::Motion> updateKinematics(
     NodeState<Joint, Rotation>& n, const Body* parent, const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
@@ -35,7 +37,7 @@ template <typename Joint, typename Rotation>
   return {vi, ai};
 }
 
-/// f of the parent += f. One function for all nodes of the same kinds.
+/// f_p += pX*_i f_i, one function for all nodes of the same types as well.
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] void addForceToParent(const NodeState<Joint, Rotation>& n, Force& f_parent) {
   store(load(f_parent) + load(n.sXp).applyInv(load(n.joint.f)), f_parent);
@@ -43,13 +45,13 @@ template <typename Joint, typename Rotation>
 
 }  // namespace internal
 
-/// The flag says whether the pass runs the joint pass itself; there is only the pass that does not.
+/// runs_jcalc: whether the pass runs the joint pass itself. Only the pass that does not is needed and defined.
 template <typename Robot, bool runs_jcalc>
 struct rnea;
 
 template <typename Robot>
 struct rnea<Robot, false> {
-  /// Velocity and acceleration of node i, also returned, from those of its parent p.
+  /// v_i and a_i of node i, whose parent is p; stored in the node and returned.
   template <int i, int p>
   struct update_kinematics {
     using Node = node_t<Robot, i>;
@@ -86,7 +88,7 @@ struct rnea<Robot, false> {
   };
 
   /// ddq: nb_dof generalized accelerations. fext: nb_bodies external forces, each on its body in its own frame.
-  /// torques: nb_dof generalized forces (N, N m); those of the root act on it from the world, linear then angular, in
+  /// torques: nb_dof generalized forces (N, N m). The root's six, of ddq and of torques, are linear, then angular, in
   /// its frame.
   static void run(Robot& robot, const Eigen::Matrix<float, Robot::nb_dof, 1>& ddq, const Force* fext,
                   Eigen::Matrix<float, Robot::nb_dof, 1>& torques) {

@@ -1,24 +1,9 @@
 #pragma once
 
-#include <math.h>  // sincos
-
+#include <kinetra/spatial/SinCos.hpp>
 #include <kinetra/spatial/SymmetricMatrix.hpp>
 
 namespace kinetra::Spatial {
-
-/// Sine and cosine of an angle (rad): taken together in double precision, each rounded once to single.
-struct SinCos {
-  float s;
-  float c;
-
-  explicit SinCos(float angle) {
-    double sine;
-    double cosine;
-    ::sincos(static_cast<double>(angle), &sine, &cosine);
-    s = static_cast<float>(sine);
-    c = static_cast<float>(cosine);
-  }
-};
 
 namespace simd {
 

@@ -13,7 +13,7 @@ namespace kinetra::Spatial {
 // frame a (new), so that in a product neighbouring letters are equal: aXc = aXb * bXc.
 //
 // As a 6 x 6 matrix it acts on motions as [[E, 0], [-E r x, E]] and on forces as [[E, -E r x], [0, E]]; a point p goes
-// to E (p - r). What the kind of the rotation saves is decided in the rotation kinds; here each formula stands once.
+// to E (p - r). Each kind of rotation has its own shortcuts; the formulas here are the same for all kinds.
 // Featherstone 2008, section 2.8 and appendix A.3. E must be orthonormal; that is not checked.
 
 namespace simd {
@@ -52,15 +52,17 @@ struct TransformT {
     return {E.applyInv(f.couple) + cross(r, f0), f0};
   }
 
-  /// The same body's inertia in the old frame, about the old origin. With g = E'h:
+  /// X'I X: the inertia of the same body in the old frame, about the old origin. With g = E'h:
   /// (m, h, I) -> (m, g + m r, E'I E - r x (g x) - ((g + m r) x)(r x)). Featherstone 2008, section 2.13.
   Inertia applyInv(const Inertia& inertia) const {
     const Vector3 g = E.applyInv(inertia.h());
     const Vector3 h = g + r * inertia.m();
-    // Entry by entry, -a x (b x) = (a.b) 1 - b a', so that the diagonal takes the products of the two other axes.
+    // -a x (b x) = (a.b) 1 - b a'. With p the products r_i g_i + h_i r_i, the diagonal is (p_y + p_z, p_z + p_x,
+    // p_x + p_y) and the rest is -(g_y r_z + r_y h_z) for yz, and so on for xz and xy.
     const Vector3 p = r * g + h * r;
     const Vector3 q = g.yzx() * r.zxy() + r.yzx() * h.zxy();
-    return {append<3>(h, inertia.h_m), E.applyInv(inertia.I) + SymmetricMatrix(p.yzx() + p.zxy(), -q)};
+    const Float4 h_m = append<3>(h, inertia.h_m);  // h x y z | m
+    return {h_m, E.applyInv(inertia.I) + SymmetricMatrix(p.yzx() + p.zxy(), -q)};
   }
 
   /// Carries a point to the new frame, E (p - r), and back to the old one, E'p + r.
@@ -89,7 +91,7 @@ struct TransformT {
   TransformT(const Rotation& E_, const Eigen::Vector3f& r_) : E(E_), r(r_) {}
   explicit TransformT(const InRegisters& X) : E(X.E), r(X.r) {}
 
-  // Each as the operation of the same name above.
+  // The operations above on stored values.
   Motion apply(const Motion& m) const { return Motion(load(*this).apply(load(m))); }
   Force apply(const Force& f) const { return Force(load(*this).apply(load(f))); }
   Motion applyInv(const Motion& m) const { return Motion(load(*this).applyInv(load(m))); }

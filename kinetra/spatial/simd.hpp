@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstring>
+#include <type_traits>
 
 // Values in registers.
 //
@@ -55,9 +56,10 @@ namespace kinetra::Spatial {
 
 /// The floats of a stored value, in their order.
 template <typename Stored>
-const float* floats(const Stored& x) {
+auto floats(Stored& x) {
   static_assert(sizeof(Stored) == Stored::InRegisters::size * sizeof(float), "a stored value is its floats, no more");
-  return reinterpret_cast<const float*>(&x);
+  using Float = std::conditional_t<std::is_const_v<Stored>, const float, float>;
+  return reinterpret_cast<Float*>(&x);
 }
 
 /// The form in registers of a stored value.
@@ -75,7 +77,7 @@ typename Stored::InRegisters loadJustStored(const Stored& x) {
 
 template <typename Stored>
 void store(const typename Stored::InRegisters& y, Stored& x) {
-  y.store(const_cast<float*>(floats(x)));
+  y.store(floats(x));
 }
 
 }  // namespace kinetra::Spatial

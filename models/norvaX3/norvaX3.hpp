@@ -14,8 +14,8 @@
 namespace kinetra {
 
 /// The robot: a free-floating torso with a head, two arms and a leg; 16 bodies, 21 coordinates. A value of this type
-/// holds the working state of every node; what is known of the robot is constant or static. The numbers stand in
-/// norvaX3.cpp.
+/// holds the working state of every node. The tree is constant and the model's data is static; norvaX3.cpp has the
+/// numbers.
 struct norvaX3 {
   static constexpr int nb_bodies = 16;
   static constexpr int nb_dof = 21;
@@ -23,8 +23,8 @@ struct norvaX3 {
   static const std::array<std::string, nb_bodies> joint_names;
   static const std::array<std::string, nb_bodies> body_names;  ///< equal to joint_names
 
-  /// Spatial inertia of each body about its own origin, in its own frame. One table for the process; it may be written
-  /// while no pass runs, and every pass reads it afresh.
+  /// Spatial inertia of each body about its own origin, in its own frame. All objects of the process share this table.
+  /// It must not be written during a pass; a change takes effect in the next pass.
   static std::array<Inertia, nb_bodies> inertias;
 
   template <int Id, int ParentId, int DofIndex, typename Joint, typename XtRotation, int... Children>
@@ -35,29 +35,30 @@ struct norvaX3 {
 
   using Free = FreeFlyerBodyJoint;
   using AboutZ = RevoluteJointAboutZ;
-  using Shifted = RotationMatrixIdentity;
-  using Turned = RotationMatrix;
+  using Identity = RotationMatrixIdentity;
+  using General = RotationMatrix;
 
-  // Xt places the joint in the parent's frame. Its kind of rotation and the joint's decide the kind of sXp.
+  // Xt takes the parent's frame to the joint's. Its kind of rotation and the joint's decide the kind of sXp = Xj Xt,
+  // the transform from the parent's frame to the body's.
   // clang-format off
   //                       id  parent  dof  joint   rotation  children
   //                                                of Xt
-  struct Node0  : NamedNode< 0,    -1,   0, Free,   Shifted,  1, 3, 8, 11> { static const Placement Xt; };  // Torso
-  struct Node1  : NamedNode< 1,     0,   6, AboutZ, Shifted,  2>           { static const Placement Xt; };  // HeadYaw
-  struct Node2  : NamedNode< 2,     1,   7, AboutZ, Turned>                { static const Placement Xt; };  // HeadPitch
-  struct Node3  : NamedNode< 3,     0,   8, AboutZ, Turned,   4>           { static const Placement Xt; };  // LShoulderPitch
-  struct Node4  : NamedNode< 4,     3,   9, AboutZ, Turned,   5>           { static const Placement Xt; };  // LShoulderRoll
-  struct Node5  : NamedNode< 5,     4,  10, AboutZ, Turned,   6>           { static const Placement Xt; };  // LElbowYaw
-  struct Node6  : NamedNode< 6,     5,  11, AboutZ, Turned,   7>           { static const Placement Xt; };  // LElbowRoll
-  struct Node7  : NamedNode< 7,     6,  12, AboutZ, Turned>                { static const Placement Xt; };  // LWristYaw
-  struct Node8  : NamedNode< 8,     0,  13, AboutZ, Turned,   9>           { static const Placement Xt; };  // HipRoll
-  struct Node9  : NamedNode< 9,     8,  14, AboutZ, Turned,   10>          { static const Placement Xt; };  // HipPitch
-  struct Node10 : NamedNode<10,     9,  15, AboutZ, Shifted>               { static const Placement Xt; };  // KneePitch
-  struct Node11 : NamedNode<11,     0,  16, AboutZ, Turned,   12>          { static const Placement Xt; };  // RShoulderPitch
-  struct Node12 : NamedNode<12,    11,  17, AboutZ, Turned,   13>          { static const Placement Xt; };  // RShoulderRoll
-  struct Node13 : NamedNode<13,    12,  18, AboutZ, Turned,   14>          { static const Placement Xt; };  // RElbowYaw
-  struct Node14 : NamedNode<14,    13,  19, AboutZ, Turned,   15>          { static const Placement Xt; };  // RElbowRoll
-  struct Node15 : NamedNode<15,    14,  20, AboutZ, Turned>                { static const Placement Xt; };  // RWristYaw
+  struct Node0  : NamedNode< 0,    -1,   0, Free,   Identity, 1, 3, 8, 11> { static const Placement Xt; };  // Torso
+  struct Node1  : NamedNode< 1,     0,   6, AboutZ, Identity, 2>           { static const Placement Xt; };  // HeadYaw
+  struct Node2  : NamedNode< 2,     1,   7, AboutZ, General>               { static const Placement Xt; };  // HeadPitch
+  struct Node3  : NamedNode< 3,     0,   8, AboutZ, General,  4>           { static const Placement Xt; };  // LShoulderPitch
+  struct Node4  : NamedNode< 4,     3,   9, AboutZ, General,  5>           { static const Placement Xt; };  // LShoulderRoll
+  struct Node5  : NamedNode< 5,     4,  10, AboutZ, General,  6>           { static const Placement Xt; };  // LElbowYaw
+  struct Node6  : NamedNode< 6,     5,  11, AboutZ, General,  7>           { static const Placement Xt; };  // LElbowRoll
+  struct Node7  : NamedNode< 7,     6,  12, AboutZ, General>               { static const Placement Xt; };  // LWristYaw
+  struct Node8  : NamedNode< 8,     0,  13, AboutZ, General,  9>           { static const Placement Xt; };  // HipRoll
+  struct Node9  : NamedNode< 9,     8,  14, AboutZ, General,  10>          { static const Placement Xt; };  // HipPitch
+  struct Node10 : NamedNode<10,     9,  15, AboutZ, Identity>               { static const Placement Xt; };  // KneePitch
+  struct Node11 : NamedNode<11,     0,  16, AboutZ, General,  12>          { static const Placement Xt; };  // RShoulderPitch
+  struct Node12 : NamedNode<12,    11,  17, AboutZ, General,  13>          { static const Placement Xt; };  // RShoulderRoll
+  struct Node13 : NamedNode<13,    12,  18, AboutZ, General,  14>          { static const Placement Xt; };  // RElbowYaw
+  struct Node14 : NamedNode<14,    13,  19, AboutZ, General,  15>          { static const Placement Xt; };  // RElbowRoll
+  struct Node15 : NamedNode<15,    14,  20, AboutZ, General>               { static const Placement Xt; };  // RWristYaw
 
   // The same tree for the service, at run time. Checked against the table above when this header is compiled.
   static constexpr std::array<std::int32_t, nb_bodies> parents     = {-1, 0, 1, 0, 3, 4, 5, 6, 0, 8, 9, 0, 11, 12, 13, 14};
