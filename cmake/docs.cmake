@@ -1,6 +1,11 @@
 # The target docs: build/release/docs/html/index.html, from the headers that a host includes.
 find_package(Doxygen QUIET)
-if(DOXYGEN_FOUND)
+if(NOT DOXYGEN_FOUND)
+  add_custom_target(docs
+    COMMAND ${CMAKE_COMMAND} -E echo "The reference needs doxygen: apt-get install doxygen, then configure again."
+    COMMAND ${CMAKE_COMMAND} -E false
+    VERBATIM)
+else()
   set(DOXYGEN_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/docs)
   set(DOXYGEN_PROJECT_BRIEF "${PROJECT_DESCRIPTION}")
   set(DOXYGEN_JAVADOC_AUTOBRIEF YES)

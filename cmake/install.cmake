@@ -1,21 +1,25 @@
 # What `cmake --install` and `cpack -G DEB` put where. The tree can be moved as a whole: nothing in it knows its place.
 include(CMakePackageConfigHelpers)
 
-install(TARGETS lumo_norvaX3 LIBRARY DESTINATION lib/lumo)
-install(TARGETS lumo-inspect lumo-digest RUNTIME DESTINATION bin)
-install(FILES service/RigidBodySystem.hpp DESTINATION include/service)
-install(FILES host/Plugin.hpp DESTINATION include/host)
+install(TARGETS lumo_norvaX3 LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/lumo)
+install(TARGETS lumo-inspect lumo-digest)
+install(FILES service/RigidBodySystem.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lumo/service)
+install(FILES host/Plugin.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lumo/host)
+install(FILES ${LUMO_MAN_PAGES} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
 # find_package(lumo) gives the target lumo::interface, and the plug-in's file as lumo_PLUGIN. The stand-in for the math
 # library installs itself as lumo::oxmath; a host's own library is the host's to bring, as a target oxmath.
 set_target_properties(lumo_interface PROPERTIES EXPORT_NAME interface)
-install(TARGETS lumo_interface EXPORT lumo)
-install(EXPORT lumo NAMESPACE lumo:: FILE lumoTargets.cmake DESTINATION lib/cmake/lumo)
+set_target_properties(lumo_eigen PROPERTIES EXPORT_NAME eigen)
+set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/lumo)
+install(TARGETS lumo_interface lumo_eigen EXPORT lumo)
+install(EXPORT lumo NAMESPACE lumo:: FILE lumoTargets.cmake DESTINATION ${config_folder})
 configure_package_config_file(cmake/lumoConfig.cmake.in ${PROJECT_BINARY_DIR}/lumoConfig.cmake
-  INSTALL_DESTINATION lib/cmake/lumo)
+  INSTALL_DESTINATION ${config_folder}
+  PATH_VARS CMAKE_INSTALL_LIBDIR)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/lumoConfigVersion.cmake COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/lumoConfig.cmake ${PROJECT_BINARY_DIR}/lumoConfigVersion.cmake
-  DESTINATION lib/cmake/lumo)
+  DESTINATION ${config_folder})
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_CONTACT "The lumo developers <lumo@example.org>")

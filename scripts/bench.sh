@@ -17,37 +17,36 @@ install_missing "${packages[@]}"
 for peer in libmujoco-dev liborocos-kdl-dev; do
   install_missing "$peer" || echo "$peer cannot be installed: left out."
 done
-build release -DLUMO_BENCHMARKS=ON
+build bench
 
-results=$(mktemp -d)
-trap 'code=$?; rm -rf "$results"; (( code == 0 )) || echo "bench.sh failed while $step." >&2' EXIT
+make_scratch
 
 # Runs one program. What it says is of interest only when it fails.
 run() {
   step="running ${*: -1}"
-  "$@" >"$results/names" 2>"$results/log" || { cat "$results/log" >&2; return 1; }
+  "$@" >"$scratch/names" 2>"$scratch/log" || { cat "$scratch/log" >&2; return 1; }
 }
 
 if (( $# )); then
   for program in bench_passes bench_peers; do
-    run valgrind --quiet --tool=callgrind --callgrind-out-file="$results/$program" \
-      --toggle-collect=lumo_countedLoop --dump-after=lumo_countedLoop build/release/bin/$program --count
-    mv "$results/names" "$results/$program.names"
+    run valgrind --quiet --tool=callgrind --callgrind-out-file="$scratch/$program" \
+      --toggle-collect=lumo_countedLoop --dump-after=lumo_countedLoop build/bench/bin/$program --count
+    mv "$scratch/names" "$scratch/$program.names"
   done
 else
   core=$(python3 -c 'import os; print(max(os.sched_getaffinity(0)))')
   for round in 1 2 3; do
     echo "Timing on core $core, round $round of 3"
     for program in bench_passes bench_peers; do
-      run taskset --cpu-list "$core" build/release/bin/$program --benchmark_repetitions=5 \
+      run taskset --cpu-list "$core" build/bench/bin/$program --benchmark_repetitions=5 \
         --benchmark_enable_random_interleaving=true --benchmark_min_time=0.1 --benchmark_out_format=json \
-        --benchmark_out="$results/$program.$round.json"
+        --benchmark_out="$scratch/$program.$round.json"
     done
   done
 fi
 
 step="making the table"
 echo
-python3 scripts/bench_table.py "$results"
-compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' build/release/CMakeCache.txt)
+python3 scripts/bench_table.py "$scratch"
+compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' build/bench/CMakeCache.txt)
 echo "Compiled by $("$compiler" --version | head -n 1)"

@@ -3,9 +3,10 @@
 
 import json
 import pathlib
-import re
 import statistics
 import sys
+
+import callgrind
 
 PEERS = ["MuJoCo", "Orocos KDL"]
 FLOORS = ["floor", "pairedFloor"]
@@ -33,9 +34,9 @@ def read_counts(folder):
     """Instructions per run of each row. callgrind wrote one numbered file per row, in their order."""
     values = {}
     for names in sorted(folder.glob("*.names")):
-        for number, name in enumerate(names.read_text().splitlines(), start=1):
-            text = names.with_suffix(f".{number}").read_text()
-            values[name] = int(re.search(r"^totals: (\d+)", text, re.MULTILINE).group(1)) / STATES
+        dumps = callgrind.read_dumps(names.with_suffix(""))
+        for name, (_, counts) in zip(names.read_text().splitlines(), dumps):
+            values[name] = sum(counts.values()) / STATES
     return values
 
 

@@ -5,8 +5,7 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
 install_missing dpkg-dev file doxygen
-home=$(mktemp -d)
-trap 'code=$?; rm -rf "$home"; (( code == 0 )) || echo "$(basename "$0") failed while $step." >&2' EXIT
+make_scratch
 
 step="looking for commands"
 mapfile -t commands < <(awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]/ { sub(/^ +/, ""); print }' \
@@ -15,7 +14,7 @@ mapfile -t commands < <(awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]
 for command in "${commands[@]}"; do
   step="running $command"
   echo "$command"
-  HOME=$home bash -c "set -eu; $command" >"$home/log" 2>&1 || { cat "$home/log"; exit 1; }
+  HOME=$scratch bash -c "set -eu; $command" >"$scratch/log" 2>&1 || { cat "$scratch/log"; exit 1; }
 done
 step="writing the reference of the public headers"
 cmake --build --preset release --target docs

@@ -2,13 +2,22 @@
 
 CDPATH='' cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
 step="starting"
-trap '(( $? == 0 )) || echo "$(basename "$0") failed while $step." >&2' EXIT
+scratch=""
+finish() {
+  local code=$?
+  [[ -z $scratch ]] || rm -rf "$scratch"
+  (( code == 0 )) || echo "$(basename "$0") failed while $step." >&2
+}
+trap finish EXIT
+
+# Makes a folder, $scratch, that is gone when the script ends.
+make_scratch() { scratch=$(mktemp -d); }
 
 # Installs what the build needs, and the packages named, where this Debian lacks them. Asks for nothing when nothing is
 # missing.
 install_missing() {
-  local packages=(g++ cmake ninja-build binutils libeigen3-dev libboost-dev libgtest-dev libfmt-dev libcli11-dev
-    nlohmann-json3-dev "$@")
+  local packages=(g++ cmake ninja-build make binutils help2man libeigen3-dev libboost-dev libgtest-dev libfmt-dev
+    libcli11-dev nlohmann-json3-dev "$@")
   [[ ${CXX:-} != *clang* ]] || packages+=(clang libclang-rt-14-dev)
 
   step="looking for installed packages"

@@ -15,9 +15,11 @@
 namespace lumo {
 
 void addPluginOption(CLI::App& app, std::filesystem::path& file) {
-  const auto program = std::filesystem::read_symlink("/proc/self/exe");
-  file = program.parent_path().parent_path() / "lib/lumo/norvaX3.so";
-  app.add_option("--plugin", file, "The plug-in; by default ../lib/lumo/norvaX3.so beside this program")
+  const auto bin = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  const auto installed = (bin / LUMO_LIB_FROM_BIN / "lumo/norvaX3.so").lexically_normal();
+  std::error_code ignored;
+  file = std::filesystem::exists(installed, ignored) ? installed : bin.parent_path() / "lib/lumo/norvaX3.so";
+  app.add_option("--plugin", file, "The plug-in; by default the one built or installed with this program")
       ->type_name("FILE");
 }
 

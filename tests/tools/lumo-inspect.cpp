@@ -68,6 +68,7 @@ TEST(Inspector, AnswersBadInputWithOneLineAndWritesNothing) {
            {"--wrench Torso=1,2,3,4,5,6,7", "there are 7"},
            {"--format yaml", "yaml"},
            {"--svg no/such/picture.svg", "no/such/picture.svg"},
+           {"--svg /dev/full", "/dev/full"},
        }) {
     std::string command = LUMO_INSPECT " ";
     command.append(input).append(input.find("--svg") == 0 ? "" : " --svg " + picture.string());
@@ -79,6 +80,18 @@ TEST(Inspector, AnswersBadInputWithOneLineAndWritesNothing) {
     EXPECT_FALSE(std::filesystem::exists(picture)) << input;
   }
   EXPECT_FALSE(output(LUMO_INSPECT " 2>/dev/null >/dev/full").second);
+}
+
+TEST(Inspector, LeavesTheOldPictureWhenAWriteFailsHalfWay) {
+  const std::filesystem::path folder = testing::TempDir() + "lumo-inspect", picture = folder / "robot.svg";
+  std::filesystem::create_directory(folder);
+  std::ofstream(picture) << "old";
+  const auto [error, written] =
+      output("trap '' XFSZ; ulimit -f 4; " LUMO_INSPECT " --svg " + picture.string() + " 2>&1 >/dev/null");
+  EXPECT_FALSE(written);
+  EXPECT_NE(error.find("cannot write " + picture.string()), std::string::npos) << error;
+  EXPECT_EQ(std::filesystem::file_size(picture), 3U);
+  EXPECT_EQ(std::filesystem::remove_all(folder), 2U) << "a part of the new picture is left";
 }
 
 }  // namespace

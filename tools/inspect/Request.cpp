@@ -68,7 +68,7 @@ std::optional<Request> readRequest(int argc, char** argv) {
       "Loads a plug-in, sets its robot's state, computes everything once and shows what follows: poses,\n"
       "centres of mass, joint torques, the mass matrix, a picture.",
       "lumo-inspect"};
-  app.get_formatter()->column_width(34);
+  app.get_formatter()->column_width(36);
   addPluginOption(app, request.plugin);
 
   // Each appearance of an option takes one argument; those of the joints and bodies may be repeated.

@@ -1,0 +1,19 @@
+#include <gtest/gtest.h>
+
+#include <host/Plugin.hpp>
+
+namespace {
+
+TEST(Plugin, IsLoadedFromTheCurrentFolderWhenItsNameHasNoSlash) {
+  const std::filesystem::path file(LUMO_PLUGIN), here = std::filesystem::current_path();
+  std::filesystem::current_path(file.parent_path());
+  EXPECT_NO_THROW(lumo::Plugin(file.filename()).create());
+  std::filesystem::current_path(here);
+}
+
+TEST(Plugin, OffersItsFunctionsToNobodyElse) {
+  const lumo::Plugin plugin(LUMO_PLUGIN);
+  EXPECT_EQ(dlsym(RTLD_DEFAULT, "destroy"), nullptr);
+}
+
+}  // namespace
