@@ -31,8 +31,8 @@ struct State {
   template <class System>
   void set(System& system) const {
     system.setRootPose(rootPose());
-    system.setRootVelocity({dq[0], dq[1], dq[2], dq[3], dq[4], dq[5]});
-    system.setRootAcceleration({ddq[0], ddq[1], ddq[2], ddq[3], ddq[4], ddq[5]});
+    system.setRootVelocity(OX::Math::Velocity6D(dq[0], dq[1], dq[2], dq[3], dq[4], dq[5]));
+    system.setRootAcceleration(OX::Math::Velocity6D(ddq[0], ddq[1], ddq[2], ddq[3], ddq[4], ddq[5]));
     system.setJointAnglesPos(q.tail<15>());
     system.setJointAnglesVel(dq.tail<15>());
     system.setJointAnglesAcc(ddq.tail<15>());

@@ -71,7 +71,8 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float sca
     const lumo::State state(seed, scale);
     const float* x = state.ddq.data();
     const Eigen::Matrix3f inertia = Eigen::Matrix3f::Map(x + 4) * 0.0001F;
-    robot.setBodyInertia(seed % bodies, 1.0F + 0.05F * x[0], {0.01F * x[1], 0.01F * x[2], 0.01F * x[3]}, inertia);
+    const OX::Math::Position3D com(0.01F * x[1], 0.01F * x[2], 0.01F * x[3]);
+    robot.setBodyInertia(seed % bodies, 1.0F + 0.05F * x[0], com, inertia);
     state.set(robot);
     robot.computeFwdKinematics();
     robot.computeGeneralizedMass();

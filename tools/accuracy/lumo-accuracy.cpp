@@ -103,8 +103,7 @@ void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t
 
   // The root's angles reach the system through the host's math library, whose rounding is not in question here.
   oracle::WholeRobot::Vector21f q = state.q;
-  const auto rootPose = OX::Math::transformFromPosition6D({q[0], q[1], q[2], q[3], q[4], q[5]});
-  q.head<6>() = toMatrix(OX::Math::position6DFromTransform(rootPose));
+  q.head<6>() = toMatrix(OX::Math::position6DFromTransform(state.rootPose()));
   const oracle::WholeRobot expected(q, state.dq, state.ddq, oracle::toForces(state.wrenches).data());
 
   double mass = 0.0;

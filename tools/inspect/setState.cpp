@@ -64,7 +64,7 @@ void setState(const Request& request, RigidBodySystem& robot) {
   };
   const auto setPose = [&](const Request& pose) {
     const auto& [x, y, z, roll, pitch, yaw] = pose.root;
-    robot.setRootPose(OX::Math::transformFromPosition6D({x, y, z, roll, pitch, yaw}));
+    robot.setRootPose(OX::Math::transformFromPosition6D(OX::Math::Position6D(x, y, z, roll, pitch, yaw)));
     for (const auto& [name, angle] : pose.positions) robot.setJointAnglePos(joint(name), angle);
   };
 
