@@ -12,7 +12,7 @@ git ls-files '*.cpp' '*.hpp' '*.h' | xargs clang-format --dry-run -Werror
 step="running cppcheck"
 not=(
   --suppress=useStlAlgorithm                    # a loop of one line says what it does
-  --suppress=noExplicitConstructor              # the forms at rest and at work turn into each other, by design
+  --suppress=noExplicitConstructor              # a 3-vector in a register converts to and from Eigen's
   --suppress=noConstructor:'kinetra/spatial/*'  # of nested classes it sees the constructor too late
   --suppress=constParameter:'benchmarks/*'      # iterating over the timer changes it
   --suppress=syntaxError:'tests/kinetra/*'      # takes a test's table of types for a syntax error

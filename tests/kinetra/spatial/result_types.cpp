@@ -25,12 +25,12 @@ constexpr void refersTo(Actual&) {
 
 [[maybe_unused]] void vectorsAndInertias(Motion& m, Force& f, Inertia& I, const Vector6& column) {
   returns<Motion>(m + m);
-  returns<Motion>(m - m);
+  returns<Motion>(m - Motion::zero());
   returns<Motion>(m + column);
   returns<Motion>(crm(m, m));
   returns<Motion>(Motion::zero());
   returns<Force>(f + f);
-  returns<Force>(f - f);
+  returns<Force>(f - Force::zero());
   returns<Force>(crf(m, f));
   returns<Force>(Force::zero());
   returns<Force>(I * m);
