@@ -50,7 +50,7 @@ class Plugin {
 
   void* find(const std::filesystem::path& file, const char* function) const {
     void* address = dlsym(library_.get(), function);
-    if (address == nullptr) throw std::runtime_error(file.string() + " is no plug-in: it has no function " + function);
+    if (address == nullptr) throw std::runtime_error(file.string() + " is not a plug-in: it has no function " + function);
     return address;
   }
 

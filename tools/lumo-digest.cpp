@@ -1,5 +1,5 @@
-// lumo-digest: drives a plug-in through many states of every input and prints one hash for each kind of result. Two
-// builds that compute the same bits print the same lines.
+// lumo-digest: sets many random states of a plug-in's robot, computes all results and prints one hash for each kind of
+// result. Two plug-ins that compute the same bits print the same lines.
 
 #include <cstdint>
 #include <cstring>
@@ -16,7 +16,7 @@
 
 namespace {
 
-/// FNV-1a over the bits of floats, so that it tells 0 from -0.
+/// The hash FNV-1a of the bits of floats. The bits of 0 and -0 differ.
 class Hash {
  public:
   void add(const float* values, std::size_t count) {
@@ -65,7 +65,7 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float sca
     torques.add(robot.getJointAnglesTorque().begin(), robot.getNbJointAngles());
   }
 
-  // Last, with the bodies' inertias replaced one after another, for the whole process.
+  // This part comes last, because it replaces the inertias of the bodies for the whole process.
   Hash otherInertias;
   for (std::uint64_t seed = 0; seed < states / 10; ++seed) {
     const lumo::State state(seed, scale);
@@ -108,8 +108,8 @@ void run(int argc, char** argv) {
   std::uint64_t states = 2000;
   float scale = 1.0F;
   lumo::addPluginOption(app, file);
-  app.add_option("--states", states, "How many states")->capture_default_str();
-  app.add_option("--scale", scale, "Times what the inputs are: angles within 3 rad, and the like")
+  app.add_option("--states", states, "Number of states")->capture_default_str();
+  app.add_option("--scale", scale, "Factor by which all inputs are multiplied; with 1, angles are within 3 rad")
       ->capture_default_str();
   if (!lumo::parse(app, argc, argv)) return;
 

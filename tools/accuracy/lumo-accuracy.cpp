@@ -1,5 +1,5 @@
-// lumo-accuracy: compares every kind of result with a double-precision oracle over many random states, and
-// prints the errors beside those that docs/accuracy.md states. It links the model and loads no plug-in.
+// lumo-accuracy: compares every kind of result in many random states with the reference WholeRobot, and prints the
+// errors beside those that docs/accuracy.md states. It links the model and loads no plug-in.
 
 #include <algorithm>
 #include <array>
@@ -24,13 +24,13 @@ using kinetra::norvaX3;
 using lumo::toMatrix;
 using oracle::Estimate;
 
-/// The errors of one kind of result, in float epsilons of the magnitude of each entry.
+/// The errors of one kind of result. The unit is a float epsilon times the magnitude of the entry.
 class Errors {
  public:
-  /// The largest error over 100,000 states from seed 1, as docs/accuracy.md states it.
+  /// `stated` is the largest error over 100,000 states from seed 1, as docs/accuracy.md states it.
   Errors(const char* kind, double stated) : kind_(kind), stated_(stated) {}
 
-  /// An entry that is no number, or not zero where it must be, is infinitely wrong.
+  /// An entry that is NaN, or that is not zero although its magnitude is, counts as an infinite error.
   template <typename Actual>
   void add(const Eigen::MatrixBase<Actual>& actual, const Estimate& expected) {
     for (Eigen::Index j = 0; j < actual.cols(); ++j) {
@@ -86,14 +86,15 @@ Estimate rightColumns(const Estimate& all, Eigen::Index count) {
   return {all.value.rightCols(count), all.magnitude.rightCols(count)};
 }
 
-/// The axes and the origin of one pose.
+/// Adds the errors of the axes and of the origin of one pose.
 void addPose(const OX::Math::Transform& pose, const Estimate& expected, Errors& axes, Errors& origins) {
   const auto actual = toMatrix(pose);
   axes.add(actual.leftCols<3>(), {expected.value.leftCols(3), expected.magnitude.leftCols(3)});
   origins.add(actual.col(3), {expected.value.col(3), expected.magnitude.col(3)});
 }
 
-/// Adds up all results of one state; of those that leave out a body, the ones without `excluded`.
+/// Computes all results of one state and adds their errors. Of the results that leave out a body, it computes those
+/// that leave out `excluded`.
 void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t excluded, Report& report) {
   state.set(robot);
   state.setWrenches(robot);
@@ -101,7 +102,7 @@ void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t
   robot.computeGeneralizedMass();
   robot.computeInverseDynamics();
 
-  // The root's angles reach the system through the host's math library, whose rounding is not in question here.
+  // The root's angles reach the system through the host's math library, whose rounding is not counted as an error.
   oracle::WholeRobot::Vector21f q = state.q;
   q.head<6>() = toMatrix(OX::Math::position6DFromTransform(state.rootPose()));
   const oracle::WholeRobot expected(q, state.dq, state.ddq, oracle::toForces(state.wrenches).data());
@@ -138,13 +139,14 @@ void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t
 }
 
 void run(int argc, char** argv) {
-  CLI::App app{"Compares every kind of result with a double-precision calculation of another form.", "lumo-accuracy"};
+  CLI::App app{"Compares every kind of result with a reference in double precision that computes in another way.",
+               "lumo-accuracy"};
   std::uint64_t states = 100000;
   std::uint64_t seed = 1;
   bool check = false;
-  app.add_option("--states", states, "How many states")->capture_default_str()->check(CLI::PositiveNumber);
-  app.add_option("--seed", seed, "Which states")->capture_default_str()->check(CLI::Range(0xffffffffU));
-  app.add_flag("--check", check, "Fail when a largest error exceeds twice the one stated");
+  app.add_option("--states", states, "Number of states")->capture_default_str()->check(CLI::Range(1U, 0xffffffffU));
+  app.add_option("--seed", seed, "Seed of the random states")->capture_default_str()->check(CLI::Range(0xffffffffU));
+  app.add_flag("--check", check, "Fail if a largest error exceeds twice the stated one");
   if (!lumo::parse(app, argc, argv)) return;
 
   Report report;
@@ -160,7 +162,7 @@ void run(int argc, char** argv) {
     if (errors->exceeds(2.0)) excess += fmt::format("{}{}", excess.empty() ? "" : ", ", errors->kind());
   }
   lumo::write(text);
-  if (check && !excess.empty()) throw std::runtime_error("more than twice the stated error: " + excess);
+  if (check && !excess.empty()) throw std::runtime_error("the largest error exceeds twice the stated one: " + excess);
 }
 
 }  // namespace

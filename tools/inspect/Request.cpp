@@ -20,16 +20,16 @@ float toNumber(std::string_view text) {
   float number = 0;
   const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
   if (error != std::errc() || end != digits.data() + digits.size() || !std::isfinite(number)) {
-    throw std::runtime_error(fmt::format("\"{}\" is no finite number", text));
+    throw std::runtime_error(fmt::format("\"{}\" is not a finite number", text));
   }
   return number;
 }
 
-/// Six numbers with a comma between each two.
+/// Reads six numbers, separated by commas.
 std::array<float, 6> toSixNumbers(std::string_view text, const char* wanted) {
   const auto commas = static_cast<std::size_t>(std::count(text.begin(), text.end(), ','));
   const std::size_t count = text.empty() ? 0 : commas + 1;
-  if (count != 6) throw std::runtime_error(fmt::format("six numbers are due, {}, but there are {}", wanted, count));
+  if (count != 6) throw std::runtime_error(fmt::format("expected six numbers, {}, but found {}", wanted, count));
   std::array<float, 6> numbers;
   for (float& number : numbers) {
     const std::size_t comma = std::min(text.find(','), text.size());
@@ -42,7 +42,7 @@ std::array<float, 6> toSixNumbers(std::string_view text, const char* wanted) {
 /// Splits NAME=VALUE.
 std::pair<std::string, std::string_view> split(std::string_view text, const char* wanted) {
   const std::size_t equals = text.find('=');
-  if (equals == 0 || equals == std::string_view::npos) throw std::runtime_error(fmt::format("this is no {}", wanted));
+  if (equals == 0 || equals == std::string_view::npos) throw std::runtime_error(fmt::format("expected {}", wanted));
   return {std::string(text.substr(0, equals)), text.substr(equals + 1)};
 }
 
@@ -65,46 +65,48 @@ auto convertAll(const CLI::Option& option, const std::vector<std::string>& argum
 std::optional<Request> readRequest(int argc, char** argv) {
   Request request;
   CLI::App app{
-      "Loads a plug-in, sets its robot's state, computes everything once and shows what follows: poses,\n"
+      "Loads a plug-in, sets a state of its robot, computes everything once and shows the results: poses,\n"
       "centres of mass, joint torques, the mass matrix, a picture.",
       "lumo-inspect"};
   app.get_formatter()->column_width(36);
   addPluginOption(app, request.plugin);
 
-  // Each appearance of an option takes one argument; those of the joints and bodies may be repeated.
+  // An option takes one argument each time it is given. Those for joints and bodies may be given several times.
   const auto repeated = [&app](const char* name, std::vector<std::string>& to, const char* type, const char* what) {
     return app.add_option(name, to, what)->type_name(type)->allow_extra_args(false)->group("The state");
   };
   std::string pose, format = "text";
   std::vector<std::string> root, positions, velocities, accelerations, wrenches;
-  app.add_option("--pose", pose, "Start from this; zero is the default once any state is given")
+  app.add_option("--pose", pose, "Start from this pose; zero if an option below is given, else greeting")
       ->check(CLI::IsMember({"greeting", "zero"}))
       ->type_name("NAME")
       ->group("The state");
   const auto* rootOption =
       repeated("--root", root, "x,y,z,roll,pitch,yaw", "The root's pose in the world (m, rad)")->expected(1);
-  const auto* positionOption = repeated("--joint", positions, "NAME=RAD", "A joint's angle; repeatable, as are these:");
-  const auto* velocityOption = repeated("--velocity", velocities, "NAME=RAD/S", "A joint's velocity");
-  const auto* accelerationOption = repeated("--acceleration", accelerations, "NAME=RAD/S2", "A joint's acceleration");
+  const auto* positionOption =
+      repeated("--joint", positions, "NAME=RAD", "The angle of a joint; may be repeated, like the options below");
+  const auto* velocityOption = repeated("--velocity", velocities, "NAME=RAD/S", "The velocity of a joint");
+  const auto* accelerationOption =
+      repeated("--acceleration", accelerations, "NAME=RAD/S2", "The acceleration of a joint");
   const auto* wrenchOption = repeated("--wrench", wrenches, "BODY=fx,fy,fz,tx,ty,tz",
-                                      "A force and torque on a body, in its frame, at its origin");
+                                      "A force and a torque on a body, in its frame, about its origin");
 
-  auto* list = app.add_flag("--list", request.list, "List bodies, joints, parents and masses, and nothing else")
+  auto* list = app.add_flag("--list", request.list, "List bodies, joints, parents and masses, and show nothing else")
                    ->group("What is shown");
-  app.add_option("--format", format, "The report as text (the default) or json")
+  app.add_option("--format", format, "The format of the report; text by default")
       ->check(CLI::IsMember({"text", "json"}))
       ->type_name("NAME")
       ->group("What is shown")
       ->excludes(list);
-  auto* svg = app.add_option("--svg", request.svg, "Also draw the robot: front and right side")
+  auto* svg = app.add_option("--svg", request.svg, "Also draw the robot, from the front and from its right side")
                   ->type_name("FILE")
                   ->group("What is shown")
                   ->excludes(list);
-  app.add_flag("--axes", request.axes, "Show in the drawing what each joint turns about")
+  app.add_flag("--axes", request.axes, "Show the axes of the joints in the drawing, not the masses")
       ->group("What is shown")
       ->needs(svg);
   app.footer(
-      "\nExample: the head turned left, 10 N pressing the right hand down\n"
+      "\nExample: the head is turned to the left, and 10 N press the right hand down\n"
       "  lumo-inspect --joint HeadYaw=0.5 --wrench RWristYaw=0,-10,0,0,0,0 --svg robot.svg");
   if (!parse(app, argc, argv)) return std::nullopt;
 
@@ -131,7 +133,7 @@ std::optional<Request> readRequest(int argc, char** argv) {
       request.rootGiven || !positions.empty() || !velocities.empty() || !accelerations.empty() || !wrenches.empty();
   request.greeting = pose.empty() ? !anyState : pose == "greeting";
   request.json = format == "json";
-  if (svg->count() != 0 && request.svg.empty()) throw std::runtime_error("--svg: the file has no name");
+  if (svg->count() != 0 && request.svg.empty()) throw std::runtime_error("--svg: expected the name of a file");
   return request;
 }
 

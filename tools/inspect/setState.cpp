@@ -11,8 +11,9 @@ namespace lumo::inspect {
 
 namespace {
 
-/// How many letters must be put in and left out to turn one name into the other; their case costs nothing. A change
-/// counts as both, so that the beginning of a long name is nearer to it than to another short one.
+/// The number of letters that must be inserted and deleted to turn one name into the other. Upper and lower case are
+/// the same. A changed letter counts as two, so that the beginning of a long name is more similar to that name than to
+/// another short name.
 std::size_t editDistance(std::string_view a, std::string_view b) {
   const auto lower = [](char c) { return std::tolower(static_cast<unsigned char>(c)); };
   std::vector<std::size_t> row(b.size() + 1);  // row[j]: from the first i letters of a to the first j of b
@@ -28,7 +29,7 @@ std::size_t editDistance(std::string_view a, std::string_view b) {
   return row.back();
 }
 
-/// The index of the name among `count` that nameOf gives.
+/// Returns the index of a name among the `count` names that nameOf returns.
 template <typename NameOf>
 std::size_t find(const char* kind, const std::string& name, std::size_t count, NameOf nameOf) {
   std::size_t nearest = 0;
@@ -36,10 +37,11 @@ std::size_t find(const char* kind, const std::string& name, std::size_t count, N
     if (nameOf(i) == name) return i;
     if (editDistance(name, nameOf(i)) < editDistance(name, nameOf(nearest))) nearest = i;
   }
-  throw std::runtime_error(fmt::format("no {} is named \"{}\"; the nearest is {}", kind, name, nameOf(nearest)));
+  throw std::runtime_error(
+      fmt::format("there is no {} named \"{}\"; the most similar name is {}", kind, name, nameOf(nearest)));
 }
 
-/// The torso leans forward over a bent knee, the left arm is raised in greeting, the head turned towards it.
+/// A pose in which the torso leans forward over a bent knee, the left arm is raised and the head is turned to the left.
 Request greeting() {
   Request pose;
   pose.root = {0.5F, -0.25F, 0.8F, 0.05F, 0.12F, 0.6F};
@@ -56,7 +58,7 @@ Request greeting() {
 
 void setState(const Request& request, RigidBodySystem& robot) {
   const auto joint = [&robot](const std::string& name) {
-    if (name == robot.getRootName()) throw std::runtime_error(name + " is the root and has no angle: see --root");
+    if (name == robot.getRootName()) throw std::runtime_error(name + " is the root and has no joint angle; use --root");
     return find("joint", name, robot.getNbJointAngles(), [&](std::size_t k) { return robot.getJointAngleName(k); });
   };
   const auto body = [&robot](const std::string& name) {

@@ -10,7 +10,7 @@ namespace {
 
 constexpr float degrees = 57.2957795F;  // per radian
 
-/// As wide as `width` where there is any way: with `digits` behind the point, or else as a power of ten.
+/// A number of `width` characters: with `digits` digits after the point if it fits, else with an exponent.
 std::string number(float value, int width, int digits) {
   std::string text = fmt::format("{:{}.{}f}", value, width, digits);
   if (text.size() > static_cast<std::size_t>(width)) text = fmt::format("{:{}.{}g}", value, width, width > 8 ? 3 : 2);
@@ -41,7 +41,7 @@ std::string toText(const Report& report) {
 
   const Eigen::VectorXf inertia = report.generalizedMass.diagonal();
   const Eigen::Index root = inertia.size() - static_cast<Eigen::Index>(report.joints.size());
-  fmt::format_to(out, "\nJoints: their motion, the torque that it takes, and the mass matrix's diagonal\n\n");
+  fmt::format_to(out, "\nJoints, with the torques of inverse dynamics and the diagonal of the mass matrix\n\n");
   constexpr const char* jointRow = "{:>2}  {:14}  {:>9} {:>9}  {:>9} {:>10}  {:>10}  {:>11}\n";
   fmt::format_to(out, jointRow, "", "joint", "angle", "angle", "velocity", "accel.", "torque", "inertia");
   fmt::format_to(out, jointRow, "", "", "rad", "deg", "rad/s", "rad/s^2", "N m", "kg m^2");
@@ -53,14 +53,14 @@ std::string toText(const Report& report) {
   }
 
   fmt::format_to(out, "\nWhole robot\n\n");
-  fmt::format_to(out, "{:35}{} kg\n", "mass", number(report.mass, 9, 4));
+  fmt::format_to(out, "{:36}{} kg\n", "mass", number(report.mass, 9, 4));
   const auto row = [out](const char* what, float x, float y, float z, const char* unit) {
-    fmt::format_to(out, "{:35}{} {} {} {}\n", what, number(x, 9, 4), number(y, 9, 4), number(z, 9, 4), unit);
+    fmt::format_to(out, "{:36}{} {} {} {}\n", what, number(x, 9, 4), number(y, 9, 4), number(z, 9, 4), unit);
   };
-  row("centre of mass in the world, xyz", report.com[0], report.com[1], report.com[2], "m");
-  row("centre of mass in the root, xyz", report.comInRoot[0], report.comInRoot[1], report.comInRoot[2], "m");
-  row("mass matrix diagonal, root xyz", inertia[0], inertia[1], inertia[2], "kg");
-  row("  and about the root's axes", inertia[3], inertia[4], inertia[5], "kg m^2");
+  row("centre of mass in the world, x, y, z", report.com[0], report.com[1], report.com[2], "m");
+  row("centre of mass in the root, x, y, z", report.comInRoot[0], report.comInRoot[1], report.comInRoot[2], "m");
+  row("mass matrix diagonal, root linear", inertia[0], inertia[1], inertia[2], "kg");
+  row("mass matrix diagonal, root angular", inertia[3], inertia[4], inertia[5], "kg m^2");
   return text;
 }
 

@@ -35,7 +35,7 @@ Figure toFigure(const Report& report) {
                             std::cbrt(0.75 * volume / M_PI), Vector3d::Zero(), ""});
     figure.parts[parent].last = b == 0;
     if (!(figure.parts[b].origin + figure.parts[b].com + figure.com).allFinite()) {
-      throw std::runtime_error("a robot whose poses are not finite cannot be drawn");
+      throw std::runtime_error("the robot cannot be drawn because its poses are not finite");
     }
   }
   for (const Report::Joint& joint : report.joints) {

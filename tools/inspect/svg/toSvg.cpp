@@ -95,8 +95,8 @@ std::string toSvg(const Report& report, const Drawing& drawing) {
                       report.bodies.size());
   text += groundAndScale(left, front.extent());
   text += fmt::format("<text class='note' x='{}' y='36' text-anchor='end'>{}</text>\n", pageWidth - margin,
-                      drawing.axes ? "an axis points at you: a dot; away from you: a cross"
-                                   : "shaded: each body’s mass as a ball of water");
+                      drawing.axes ? "dot: the axis points towards you; cross: away from you"
+                                   : "shaded: for each body, a ball of water of the same mass");
   text += front.draw("FRONT", left);
   text += side.draw("RIGHT SIDE", right);
   text += "</svg>\n";
