@@ -8,8 +8,7 @@ install_missing dpkg-dev file doxygen
 make_scratch
 
 step="looking for commands"
-mapfile -t commands < <(awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]/ { sub(/^ +/, ""); print }' \
-  README.md docs/*.md | grep -v -e '^scripts/' -e '^sudo ')
+mapfile -t commands < <(documented_commands README.md docs/*.md | grep -v -e '^scripts/' -e '^sudo ')
 (( ${#commands[@]} > 10 ))
 for command in "${commands[@]}"; do
   step="running $command"

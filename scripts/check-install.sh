@@ -14,6 +14,10 @@ use() {
   step="running the inspector of $tree"
   "$tree/bin/lumo-inspect" --version
   "$tree/bin/lumo-inspect" --format json --svg "$scratch/robot.svg" >/dev/null
+  step="looking for the man pages of $tree"
+  grep -q 'wrench' "$tree/share/man/man1/lumo-inspect.1"
+  grep -q 'states' "$tree/share/man/man1/lumo-digest.1"
+  step="comparing the results of $tree"
   diff <("$tree/bin/lumo-digest" --states 100) <(build/release/bin/lumo-digest --states 100)
   for flags in "" -mavx; do
     [[ -z $flags ]] || grep -qw avx /proc/cpuinfo || continue

@@ -13,6 +13,9 @@ trap finish EXIT
 # Makes a folder, $scratch, that is gone when the script ends.
 make_scratch() { scratch=$(mktemp -d); }
 
+# The commands that documents tell a reader to type: their indented lines, outside of tables and fences.
+documented_commands() { awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]/ { sub(/^ +/, ""); print }' "$@"; }
+
 # Installs what the build needs, and the packages named, where this Debian lacks them. Asks for nothing when nothing is
 # missing.
 install_missing() {

@@ -1,0 +1,41 @@
+#!/bin/bash
+# Follows README.md by its commands, as a user would type them, on a Debian 12 that has nothing but its minimal base: makes
+# one in a folder, from the mirror that this machine uses, and a copy of the checkout in it. Needs root.
+set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+
+step="making a minimal Debian, which only root can"
+(( EUID == 0 ))
+install_missing mmdebstrap
+make_scratch
+root=$scratch/root
+
+step="looking for Debian 12 among this machine's package sources"
+sources() {
+  apt-get indextargets --format "deb \$(REPO_URI) \$(RELEASE) \$(COMPONENT)" "Created-By: Packages" "Origin: Debian" |
+    grep " bookworm"
+}
+sources >"$scratch/sources.list" || { apt-get update -qq && sources >"$scratch/sources.list"; }
+apt-config dump Acquire >"$scratch/apt.conf" # how this machine reaches them
+
+step="making a minimal Debian"
+mmdebstrap --quiet --variant=minbase --aptopt="$scratch/apt.conf" bookworm "$root" "$scratch/sources.list"
+mkdir "$root/root/lumo"
+git ls-files --cached --others --exclude-standard -z | tar --null --files-from=- --create | tar --extract -C "$root/root/lumo"
+
+# Runs one command there, with processes and mounts that end with it.
+bare() {
+  unshare --mount --pid --fork --kill-child --mount-proc="$root/proc" chroot "$root" \
+    env --ignore-environment HOME=/root PATH=/usr/sbin:/usr/bin:/sbin:/bin bash -c "set -eu; cd ~/lumo; $1"
+}
+
+step="looking for commands"
+mapfile -t commands < <(documented_commands README.md)
+for command in "${commands[@]}"; do
+  step="running $command"
+  echo "$command"
+  seconds=$SECONDS
+  bare "$command" >"$scratch/log" 2>&1 || { cat "$scratch/log"; exit 1; }
+  echo "  $((SECONDS - seconds)) s"
+done
+echo "A minimal Debian goes through README.md."
