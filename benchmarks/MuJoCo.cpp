@@ -22,16 +22,16 @@ std::string list(const Vector& values) {
   return fmt::format("{:.17g}", fmt::join(values.data(), values.data() + values.size(), " "));
 }
 
-/// The inertia of a real body, which MuJoCo insists on: no principal moment exceeds the sum of the others. Most of our
-/// bodies are nearly point masses, whose moments about the centre of mass are what rounding left over. As little as
-/// needed is added to all three, 5e-8 kg m^2 at most.
+/// Returns an inertia that a real body can have, in which no principal moment exceeds the sum of the two others. MuJoCo
+/// requires this. Most bodies of the robot are nearly point masses, so their moments about the centre of mass are
+/// mostly rounding errors. The smallest sufficient amount, at most 5e-8 kg m^2, is added to all three moments.
 Eigen::Matrix3d madeReal(const Eigen::Matrix3d& inertia) {
   const Eigen::Vector3d moments = Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d>(inertia).eigenvalues();
   const double missing = std::max(0.0, moments[2] - moments[1] - moments[0]);
   return inertia + (missing + 1e-12) * Eigen::Matrix3d::Identity();
 }
 
-/// MJCF of a body and all that hangs from it.
+/// The MJCF text of a body and of all its descendants.
 std::string bodyXml(const std::vector<BodyData>& bodies, std::size_t id) {
   const BodyData& body = bodies[id];
   const Eigen::Quaterniond turn(body.R);
@@ -61,7 +61,7 @@ std::unique_ptr<mjModel, Deleter> load(const std::string& xml) {
   const std::unique_ptr<mjVFS, Deleter> files(new mjVFS);
   mj_defaultVFS(files.get());
   if (mj_makeEmptyFileVFS(files.get(), name, static_cast<int>(xml.size())) != 0) {
-    throw std::runtime_error("MuJoCo has no room for the model's text");
+    throw std::runtime_error("MuJoCo cannot store the text of the model");
   }
   std::memcpy(files->filedata[0], xml.data(), xml.size());
   std::array<char, 1000> error{};
@@ -69,13 +69,13 @@ std::unique_ptr<mjModel, Deleter> load(const std::string& xml) {
   if (!model) {
     std::string text = error.data();
     std::replace(text.begin(), text.end(), '\n', ' ');
-    throw std::runtime_error("MuJoCo does not take the model: " + text);
+    throw std::runtime_error("MuJoCo rejects the model: " + text);
   }
   return model;
 }
 
-/// MuJoCo has a floating base and needs the kinematics before anything else. Its mass matrix is sparse: of a row it
-/// holds the coordinates between the body and the root.
+/// MuJoCo has a floating base and needs the kinematics before any other computation. Its mass matrix is sparse: each
+/// row holds only the coordinates between the body and the root.
 class MuJoCo : public lumo::Peer {
  public:
   MuJoCo() {
@@ -121,8 +121,8 @@ class MuJoCo : public lumo::Peer {
   }
 
  private:
-  /// A state as MuJoCo has it: the root's velocity is linear in world axes, angular in body axes, and its acceleration
-  /// is the derivative of that.
+  /// A state as MuJoCo represents it: the root's linear velocity is in world axes, its angular velocity in body axes,
+  /// and its acceleration is the derivative of these.
   struct Inputs {
     explicit Inputs(const lumo::State& x) {
       const Eigen::Array<double, 21, 1> q = x.q.cast<double>();
@@ -143,13 +143,13 @@ class MuJoCo : public lumo::Peer {
     Eigen::Matrix<double, 21, 1> qvel, qacc;
   };
 
-  /// The shortest way to poses, centre of mass and joint axes.
+  /// The fewest calls that compute poses, centre of mass and joint axes.
   void computeFwdKinematics(const Inputs& x) {
     std::memcpy(data_->qpos, x.qpos.data(), sizeof x.qpos);
     mj_kinematics(model_.get(), data_.get());
     mj_comPos(model_.get(), data_.get());
   }
-  /// The shortest way to the torques; mj_inverse does much more.
+  /// The fewest calls that compute the torques; mj_inverse computes much more.
   void computeInverseDynamics(const Inputs& x) {
     std::memcpy(data_->qvel, x.qvel.data(), sizeof x.qvel);
     std::memcpy(data_->qacc, x.qacc.data(), sizeof x.qacc);

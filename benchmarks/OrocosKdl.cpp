@@ -29,13 +29,13 @@ KDL::Tree makeTree(const std::vector<oracle::BodyData>& bodies) {
                                     : KDL::Joint(body.name, origin, vector(body.R.col(2)), KDL::Joint::RotAxis);
     const KDL::Segment segment(body.name, joint, {rotation(body.R), origin}, inertia);
     const std::string parent = isRoot ? "world" : bodies[static_cast<std::size_t>(body.parent)].name;
-    if (!tree.addSegment(segment, parent)) throw std::runtime_error("Orocos KDL does not take " + body.name);
+    if (!tree.addSegment(segment, parent)) throw std::runtime_error("Orocos KDL rejects the body " + body.name);
   }
   return tree;
 }
 
-/// KDL's trees have no floating base, so the root is fixed, and no mass matrix: its solver for that takes chains only.
-/// Its forward kinematics finds one body at a time, each from the root.
+/// Trees of KDL have no floating base, so the root is fixed. KDL computes no mass matrix of a tree, only of a chain.
+/// Its forward kinematics computes the pose of one body at a time, starting at the root.
 class OrocosKdl : public lumo::Peer {
  public:
   OrocosKdl() {

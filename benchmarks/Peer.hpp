@@ -8,13 +8,14 @@
 
 namespace lumo {
 
-/// Another dynamics library that was given our robot.
+/// Another dynamics library, with a model of the robot.
 class Peer {
  public:
   virtual ~Peer() = default;
 
   virtual std::string version() const = 0;
-  /// Whether the root moves. If not, it stays at the world's origin, and states that are asked about keep it there.
+  /// Whether the library can move the root. If not, the root stays at the world's origin, and all states passed to the
+  /// functions below must have it there.
   virtual bool floats() const = 0;
 
   virtual double mass() const = 0;
@@ -23,11 +24,12 @@ class Peer {
   /// The 15 joint torques of inverse dynamics under gravity (N m).
   virtual Eigen::VectorXd torques(const State& x) = 0;
 
-  /// Adds a row for each of our operations that the library has, each named NAME/OPERATION. The peer outlives them.
+  /// Adds a row for each operation of the plug-in that the library has too. The name of a row is NAME/OPERATION. The
+  /// peer must live as long as the rows.
   virtual void addRows(const std::string& name) = 0;
 };
 
-/// What was compiled in. The source of each peer adds itself before main.
+/// A peer that was compiled into the program. The source file of each peer adds its own before main starts.
 struct InstalledPeer {
   InstalledPeer(const char* name_, std::unique_ptr<Peer> (*make_)()) : name(name_), make(make_) {
     all().push_back(*this);

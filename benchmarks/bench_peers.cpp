@@ -1,7 +1,8 @@
-// Times what bench_passes times, on the same robot and states, in other dynamics libraries: those that were installed
-// when this program was built. A library that does not find the same masses and torques as we do is not timed.
+// bench_peers: times the operations of bench_passes in other dynamics libraries, with the same robot and the same
+// states. It uses those libraries that were installed when it was built. A library whose masses or torques differ from
+// those of the plug-in is not timed.
 //
-// Links the model, and so must not load the plug-in.
+// The program links the model, so it must not load the plug-in.
 
 #include <algorithm>
 #include <cmath>
@@ -21,12 +22,13 @@ namespace {
 
 using lumo::State;
 
-/// What a state is reduced to: nothing moves; the root stays at the world's origin.
+/// The state without any motion.
 State atRest(State x) {
   x.dq = 0.0F;
   x.ddq = 0.0F;
   return x;
 }
+/// The state with the root at rest at the world's origin.
 State withFixedRoot(State x) {
   x.q.head<6>() = 0.0F;
   x.dq.head<6>() = 0.0F;
@@ -34,7 +36,8 @@ State withFixedRoot(State x) {
   return x;
 }
 
-/// The largest differences found between a peer and us, in multiples of float's epsilon and the quantity's size.
+/// Compares a peer with the plug-in's implementation. The unit of a difference is a float epsilon times the largest
+/// entry of the quantity.
 class Agreement {
  public:
   Agreement(std::string peer, lumo::Peer& theirs) : peer_(std::move(peer)) {
@@ -59,15 +62,16 @@ class Agreement {
 
  private:
   static constexpr double epsilon = 0x1p-23;
-  static constexpr double tolerance = 16.0;  // 5 was the most that was found
+  static constexpr double tolerance = 16.0;  // the largest difference found is 5
 
   void compare(const char* what, const Eigen::VectorXd& ours, const Eigen::VectorXd& theirs) {
     const double size = theirs.lpNorm<Eigen::Infinity>();
     for (Eigen::Index i = 0; i < ours.size(); ++i) {
       const double difference = std::abs(ours[i] - theirs[i]) / (epsilon * size);
       if (!(difference <= tolerance)) {
-        throw std::runtime_error(fmt::format("{} disagrees and is not timed: {}, element {}, is {} there, {} here",
-                                             peer_, what, i, theirs[i], ours[i]));
+        throw std::runtime_error(
+            fmt::format("{} is not timed because it disagrees: its {}, element {}, is {}, ours is {}", peer_, what, i,
+                        theirs[i], ours[i]));
       }
       worst_ = std::max(worst_, difference);
     }
@@ -84,7 +88,7 @@ int run(int argc, char** argv) {
     const auto found =
         std::find_if(installed.begin(), installed.end(), [&](const auto& peer) { return peer.name == name; });
     if (found == installed.end()) {
-      fmt::print(stderr, "{} is left out: it was not installed when this program was built.\n", name);
+      fmt::print(stderr, "{} is left out, because it was not installed when this program was built.\n", name);
       continue;
     }
     lumo::Peer& peer = *peers.emplace_back(found->make());

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string_view>
 
-/// Out of line, and not left by a jump, so that callgrind sees where it begins and ends.
+/// This function must not be inlined and must not end with a jump, so that callgrind sees where it begins and ends.
 extern "C" [[gnu::noinline]] void lumo_countedLoop(const std::function<void()>& loop) {
   loop();
   benchmark::ClobberMemory();

@@ -10,7 +10,8 @@
 
 #include <tools/State.hpp>
 
-// The rows of a benchmark program: each is timed, or its instructions are counted, over the same states.
+// The rows of a benchmark program. Each row does its work in the same states, and is timed or has its instructions
+// counted.
 
 namespace lumo {
 
@@ -19,14 +20,14 @@ const std::vector<State>& states();
 
 namespace internal {
 
-/// What a row runs where instructions are counted.
+/// Adds the function that a row runs if instructions are counted.
 void addCountedRow(std::string name, std::function<void()> run);
-/// Runs the loop inside lumo_countedLoop, the function by which callgrind knows what to count.
+/// Runs the loop inside the function lumo_countedLoop. callgrind counts the instructions of that function.
 void countInstructions(const std::function<void()>& loop);
 
 }  // namespace internal
 
-/// Adds a row. `make` prepares the work afresh and returns it: a function that takes the number of a state.
+/// Adds a row. Each call of `make` prepares the work and returns it as a function of the number of a state.
 template <typename Make>
 void addRow(const std::string& name, Make make) {
   benchmark::RegisterBenchmark(name.c_str(), [make](benchmark::State& timer) {
@@ -39,13 +40,13 @@ void addRow(const std::string& name, Make make) {
     const auto loop = [&work] {
       for (std::size_t i = 0; i < nb_states; ++i) work(i);
     };
-    loop();  // what happens once, such as finding library functions, is not counted
+    loop();  // so that what happens only once, such as binding library functions, is not counted
     internal::countInstructions(loop);
   });
 }
 
-/// Times the rows as Google Benchmark's options say. With the one option --count instead, runs each row once for every
-/// state, for callgrind, and prints its name. Returns the program's exit code.
+/// Times the rows with the options of Google Benchmark. If --count is the only option, runs each row once in every
+/// state, for callgrind, and prints its name. Returns the exit code of the program.
 int runRows(int argc, char** argv);
 
 }  // namespace lumo

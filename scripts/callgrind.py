@@ -1,4 +1,4 @@
-"""Reads what callgrind counted."""
+"""Reads the counts of callgrind."""
 
 import collections
 import itertools
@@ -7,7 +7,7 @@ import re
 
 
 def read_dumps(base):
-    """The numbered files that callgrind writes beside --callgrind-out-file=BASE, in their order."""
+    """Reads the numbered files that callgrind writes beside --callgrind-out-file=BASE, in their order."""
     for number in itertools.count(1):
         file = pathlib.Path(f"{base}.{number}")
         if not file.exists():
@@ -16,7 +16,7 @@ def read_dumps(base):
 
 
 def read_dump(file):
-    """The function of --dump-after that ended one file, and how many instructions each binary file executed in it."""
+    """Returns the function of --dump-after that ended one file, and the number of instructions for each binary file."""
     trigger, names, counts, current = None, {}, collections.Counter(), None
     lines = iter(file.read_text().splitlines())
     for line in lines:

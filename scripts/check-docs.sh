@@ -1,6 +1,6 @@
 #!/bin/bash
-# Runs the commands that README.md and docs/ tell a host's developer to copy, one after another, with a home folder of
-# their own. Those of scripts/ are checks themselves; those that need another user are left out.
+# Runs the commands that README.md and docs/ tell a reader to type, one after another, with an empty home folder. Leaves
+# out the scripts, because CI runs them anyway, and the commands that need root.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

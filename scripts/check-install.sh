@@ -1,6 +1,6 @@
 #!/bin/bash
-# Installs the optimised build, moves the installed tree, and uses it as a host's developer would; then the same with
-# the Debian package. Leaves nothing behind.
+# Checks that the plug-in can be installed: installs the optimised build, moves the installed tree, and uses it as the
+# developer of a host would. Then does the same with the Debian package.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -8,7 +8,7 @@ install_missing dpkg-dev file
 build release
 make_scratch
 
-# Builds and runs the example against an installed tree, for this machine's plain and its wider vectors.
+# Uses an installed tree: runs the programs, then builds and runs the example, once with and once without -mavx.
 use() {
   local tree=$1 flags
   step="running the inspector of $tree"
@@ -40,7 +40,7 @@ step="making the Debian package"
 (cd build/release && cpack -G DEB -B "$scratch/packages" >/dev/null)
 package=$(ls "$scratch"/packages/*.deb)
 step="installing the Debian package"
-apt-get install --simulate -qq "$package" >/dev/null # whether its dependencies can be had
+apt-get install --simulate -qq "$package" >/dev/null # fails if a dependency is not available
 dpkg-deb --extract "$package" "$scratch/root"
 use "$scratch/root/usr"
 dpkg-deb --field "$package" Package Version Depends

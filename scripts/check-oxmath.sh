@@ -1,5 +1,6 @@
 #!/bin/bash
-# Builds the plug-in for another math library than the stand-in, and runs the plug-in's tests with it.
+# Checks that the plug-in works with another math library: builds it with the one in tests/fixtures/othermath and runs
+# the tests of the plug-in and of the tools.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

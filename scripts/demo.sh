@@ -1,5 +1,5 @@
 #!/bin/bash
-# Builds the optimised plug-in and shows the robot in a pose.
+# Installs missing packages, builds the optimised plug-in and shows the robot in a pose.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -10,4 +10,4 @@ step="inspecting the robot"
 echo
 build/release/bin/lumo-inspect
 echo
-echo "The plug-in build/release/lib/lumo/norvaX3.so works."
+echo "The plug-in is build/release/lib/lumo/norvaX3.so."

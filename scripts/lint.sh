@@ -1,5 +1,5 @@
 #!/bin/bash
-# Looks for faults without running anything: clang-format, cppcheck and clang-tidy, whose checks .clang-tidy names.
+# Runs the static checks: clang-format, cppcheck, and clang-tidy with the checks that .clang-tidy names.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -11,20 +11,20 @@ git ls-files '*.cpp' '*.hpp' '*.h' | xargs clang-format --dry-run -Werror
 
 step="running cppcheck"
 not=(
-  --suppress=useStlAlgorithm                    # a loop of one line says what it does
-  --suppress=noExplicitConstructor              # a 3-vector in a register converts to and from Eigen's
-  --suppress=noConstructor:'kinetra/spatial/*'  # of nested classes it sees the constructor too late
-  --suppress=constParameter:'benchmarks/*'      # iterating over the timer changes it
-  --suppress=syntaxError:'tests/kinetra/*'      # takes a test's table of types for a syntax error
+  --suppress=useStlAlgorithm                    # a loop of one line is as clear as an algorithm
+  --suppress=noExplicitConstructor              # a 3-vector in a register converts to and from a vector of Eigen
+  --suppress=noConstructor:'kinetra/spatial/*'  # cppcheck misses the constructors of nested classes
+  --suppress=constParameter:'benchmarks/*'      # cppcheck does not see that iterating over the timer changes it
+  --suppress=syntaxError:'tests/kinetra/*'      # cppcheck does not understand the table of types in a test
 )
 cppcheck --std=c++17 --language=c++ --library=googletest --enable=warning,performance,portability,style "${not[@]}" \
   --inline-suppr --error-exitcode=1 --quiet -j "$(nproc)" -I . "${sources[@]}"
 
-# What ships. The others are built with flags of their own (benchmarks, examples, fixtures) or run under every sanitizer
-# (tests); cppcheck has seen them.
+# clang-tidy checks only what is installed and the tools. Benchmarks, examples and fixtures are built with other
+# options, and the tests run under the sanitizers; cppcheck has checked all of them.
 step="configuring the preset release"
 cmake --preset release >/dev/null
 step="running clang-tidy"
 printf '%s\n' "${sources[@]}" | grep -vE '^(benchmarks|examples|tests)/' |
   xargs -P "$(nproc)" -I FILE clang-tidy -p build/release --quiet --extra-arg=-std=c++17 FILE 2>/dev/null
-echo "No findings by clang-format, cppcheck and clang-tidy in ${#sources[@]} files and their headers."
+echo "clang-format, cppcheck and clang-tidy report nothing in ${#sources[@]} files and their headers."

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks that the plug-in is fit for a control loop: counts the instructions of every compute operation in states at rest,
-# in usual and in extreme states, and looks for system calls and locks.
+# Checks that the plug-in is fit for a control loop: counts the instructions of every compute operation in states at
+# rest, in usual and in extreme states, and looks for system calls and locks.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -22,7 +22,7 @@ for scale in 0 1 30000; do
     "$digest" --states 5 --scale "$scale" >/dev/null
 done
 
-echo "Instructions of a call in states at rest, usual states (angles within 3 rad) and extreme ones (within 90,000 rad):"
+echo "Instructions of a call in states at rest, usual states (within 3 rad) and extreme states (within 90,000 rad):"
 echo
 python3 scripts/real_time_table.py "$scratch/0" "$scratch/1" "$scratch/30000"
 
@@ -45,7 +45,8 @@ else
   echo "This machine does not allow programs to be traced, so system calls are not checked."
 fi
 
-# Locks. The plug-in must refer to no locking function and contain no locked instruction, such as an atomic counter needs.
+# Locks. The plug-in must refer to no locking function and contain no locked instruction, such as an atomic counter
+# needs.
 step="looking for locks"
 locks=$(nm -D --undefined-only "$plugin" | grep -cE 'pthread|mtx_|cnd_|sem_|futex|guard_acquire|call_once' || true)
 locked=$(objdump -d --no-show-raw-insn "$plugin" | grep -cE '\slock\s|\sxchg .*\(' || true)

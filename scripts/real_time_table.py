@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Prints the table of scripts/real-time.sh from callgrind's counts, one file for each call, and fails if the number of
-instructions of an operation depends on the state. The arguments are the names that callgrind was given for its files, one
-for each run."""
+instructions of an operation depends on the state. The arguments are the names that callgrind was given for its files,
+one for each run."""
 
 import sys
 
@@ -12,9 +12,9 @@ OPERATIONS = 6
 
 
 def read_calls(bases):
-    """Returns for each operation its calls as (body, instructions). Operations on a part of the robot are called for the
-    bodies 0 to 15 in turn; the others have no body. The first call of each run is left out, because it may allocate the
-    caller's matrix."""
+    """Returns for each operation its calls as (body, instructions). Operations on a part of the robot are called for
+    the bodies 0 to 15 in turn; the others have no body. The first call of each run is left out, because it may allocate
+    the caller's matrix."""
     calls = {}
     for base in bases:
         count = {}

@@ -1,6 +1,7 @@
 #!/bin/bash
-# Shows that the plug-in computes the same bits however it is built: builds it in several ways, drives each through the
-# same 2,000 states and compares a hash of every kind of result. --all adds more ways, among them another processor.
+# Checks that the plug-in computes the same bits however it is built: builds it in several ways, computes all results of
+# the same 2,000 states with each, and compares a hash of every kind of result. --all adds more builds, some for another
+# processor.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -14,7 +15,7 @@ esac
 folder=build/reproduce
 install_missing clang ${all:+g++-aarch64-linux-gnu qemu-user}
 
-# The first way is the one the others are compared with, and the one whose lumo-digest drives them.
+# All builds are compared with the first one. Its lumo-digest loads the plug-ins of the others.
 ways=("gcc -O3" "clang -O3" "gcc -O0")
 [[ -z $all ]] || ways+=("gcc -O2" "clang -O0" "clang -O2")
 wide="-march=x86-64-v3"
@@ -22,18 +23,18 @@ if grep -qw avx2 /proc/cpuinfo && grep -qw fma /proc/cpuinfo; then
   ways+=("gcc -O3 $wide")
   [[ -z $all ]] || ways+=("gcc -O0 $wide" "gcc -O2 $wide" "clang -O0 $wide" "clang -O2 $wide" "clang -O3 $wide")
 else
-  echo "This processor has no AVX2 and FMA: the builds with $wide are left out."
+  echo "This processor has no AVX2 and FMA, so the builds with $wide are left out."
 fi
 [[ -z $all ]] || ways+=("aarch64-gcc -O0" "aarch64-gcc -O2" "aarch64-gcc -O3")
-# Fuses products and sums, and so must differ: it tries the comparison.
+# This build fuses products and sums, so its bits must differ. It shows that the comparison can fail.
 [[ ${ways[*]} != *"$wide"* ]] || ways+=("gcc -O3 $wide, contracted")
 
 folder_of() { tr -s ' ,=' '-' <<<"$folder/$1"; }
 
-# The kind of result that a line of lumo-digest is about.
+# Prints the kind of result of a line of lumo-digest.
 kind_of() { sed -E 's/ +[0-9a-f]+$//' <<<"$1"; }
 
-# Builds one way, named by compiler and flags.
+# Builds the plug-in in one way, which is named by its compiler and flags.
 build_way() {
   local way=$1 compiler flags targets=(lumo_norvaX3) options=()
   compiler=${way%% *} flags=${way#* }
@@ -41,14 +42,14 @@ build_way() {
     gcc) options=(-D CMAKE_CXX_COMPILER=g++) ;;
     clang) options=(-D CMAKE_CXX_COMPILER=clang++) ;;
     aarch64-gcc)
-      # Header-only libraries are those of this machine.
+      # The header-only libraries of this machine are used.
       flags+=" -idirafter /usr/include"
       options=(-D CMAKE_CXX_COMPILER=aarch64-linux-gnu-g++ -D CMAKE_SYSTEM_NAME=Linux -D CMAKE_SYSTEM_PROCESSOR=aarch64
                -D fmt_DIR="/usr/lib/$(g++ -dumpmachine)/cmake/fmt")
       targets+=(lumo-digest) ;;
   esac
   [[ $way != "${ways[0]}" ]] || targets+=(lumo-digest)
-  # After the flags that forbid it.
+  # This option must come after the one that forbids contraction.
   if [[ $way == *", contracted" ]]; then
     flags=${flags%, contracted}
     options+=(-D CMAKE_CXX_COMPILE_OBJECT="<CMAKE_CXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -ffp-contract=fast \
@@ -58,7 +59,7 @@ build_way() {
   cmake --build "$(folder_of "$way")" --target "${targets[@]}"
 }
 
-# Prints the hashes of one way, one line a kind.
+# Prints the hashes of one build, one line for each kind of result.
 digest() {
   local way=$1 driver
   driver=("$(folder_of "${ways[0]}")/bin/lumo-digest")
@@ -99,7 +100,7 @@ for way in "${ways[@]:1}"; do
   done
   echo
   if [[ $way == *", contracted" ]]; then
-    (( ${#differing[@]} )) || failures+=("The build $way should differ, and this comparison did not notice.")
+    (( ${#differing[@]} )) || failures+=("The build $way must differ from ${ways[0]}, but the bits are the same.")
   elif (( ${#differing[@]} )); then
     failures+=("The build $way differs in: $(printf '%s, ' "${differing[@]}" | sed 's/, $//').")
   fi
@@ -114,6 +115,6 @@ fi
 compared=$(( ${#ways[@]} - 1 ))
 if [[ ${ways[*]} == *", contracted"* ]]; then
   compared=$((compared - 1))
-  echo "The contracted build differs, as it must: it is there to try this comparison."
+  echo "The contracted build differs, as it must. It shows that the comparison can fail."
 fi
 echo "All $compared other builds give the same bits as ${ways[0]} for every kind of result."

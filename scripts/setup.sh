@@ -1,4 +1,4 @@
-# Sourced by the scripts beside it: prepares the machine and builds presets. Needs `set -euo pipefail`.
+# The other scripts source this file. It prepares the machine and builds presets. It needs `set -euo pipefail`.
 
 CDPATH='' cd -- "$(dirname -- "${BASH_SOURCE[0]}")/.."
 step="starting"
@@ -10,13 +10,13 @@ finish() {
 }
 trap finish EXIT
 
-# Makes a folder, $scratch, that is gone when the script ends.
+# Makes a temporary folder, $scratch, which is removed when the script ends.
 make_scratch() { scratch=$(mktemp -d); }
 
-# The commands that documents tell a reader to type: their indented lines, outside of tables and fences.
+# Prints the commands in documents that a reader is told to type: the indented lines outside of tables and fences.
 documented_commands() { awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]/ { sub(/^ +/, ""); print }' "$@"; }
 
-# Installs what the build needs, and the packages named, where this Debian lacks them. Asks for nothing when nothing is
+# Installs the packages that the build needs and those in the arguments, if they are missing. Needs root only if one is
 # missing.
 install_missing() {
   local packages=(g++ cmake ninja-build make binutils help2man libeigen3-dev libboost-dev libgtest-dev libfmt-dev
@@ -34,14 +34,14 @@ install_missing() {
   echo "Installing ${missing[*]}"
   local as_root=()
   if (( EUID != 0 )); then
-    command -v sudo >/dev/null || { echo "Installing packages needs root, or sudo." >&2; return 1; }
+    command -v sudo >/dev/null || { echo "Installing packages needs root or sudo." >&2; return 1; }
     as_root=(sudo)
   fi
   "${as_root[@]}" apt-get update -qq
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# Configures, with the CMake options that follow, and builds one preset. A build folder keeps its compiler unless CXX
+# Configures and builds one preset. Further arguments are options of CMake. A build folder keeps its compiler unless CXX
 # names another one.
 build() {
   local preset=$1 fresh=() cache="build/$1/CMakeCache.txt"

@@ -1,5 +1,6 @@
 #!/bin/bash
-# Builds the presets release and dev, and the thread test of tsan, and runs all their tests. CXX chooses the compiler.
+# Builds the presets release and dev and the thread test of the preset tsan, and runs all their tests. CXX chooses the
+# compiler.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

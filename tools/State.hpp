@@ -9,9 +9,10 @@
 
 namespace lumo {
 
-/// A value for every input of a rigid-body system of 16 bodies and 21 coordinates, drawn from a seed: generic, and the
-/// same to the bit on every machine. Positions within 3 m and 3 rad (the root's pitch within 1.5), rates within 3 and
-/// accelerations within 10 per second, wrenches within 10 N and N m; all of them times `scale`.
+/// A random value for every input of a rigid-body system of 16 bodies and 21 coordinates. The same seed gives the same
+/// bits on every machine. Positions are within 3 m and 3 rad (the root's pitch within 1.5 rad), velocities within 3 m/s
+/// and 3 rad/s, accelerations within 10 m/s^2 and 10 rad/s^2, wrenches within 10 N and 10 N m, all multiplied by
+/// `scale`.
 struct State {
   explicit State(std::uint64_t seed, float scale = 1.0F) {
     Uniform random(seed);
@@ -27,7 +28,7 @@ struct State {
   OX::Math::Transform rootPose() const {
     return OX::Math::transformFromPosition6D(OX::Math::Position6D(q[0], q[1], q[2], q[3], q[4], q[5]));
   }
-  /// Sets the state, but for the wrenches. A system is one by our interface or by a host's own declaration of it.
+  /// Sets all inputs except the wrenches. The type of the system is RigidBodySystem or a declaration of a host's own.
   template <class System>
   void set(System& system) const {
     system.setRootPose(rootPose());

@@ -4,12 +4,13 @@
 
 namespace lumo {
 
-/// Random floats, the same to the bit on every machine: splitmix64, and no library distribution.
+/// Random floats that have the same bits on every machine: made by splitmix64, without a distribution of the standard
+/// library.
 class Uniform {
  public:
   explicit Uniform(std::uint64_t seed) : bits_(seed) {}
 
-  /// The next one, in [-size, size).
+  /// Returns the next float, in [-size, size).
   float operator()(float size) {
     bits_ += 0x9e3779b97f4a7c15U;
     std::uint64_t z = bits_;

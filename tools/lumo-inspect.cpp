@@ -1,4 +1,4 @@
-// lumo-inspect: loads a plug-in, sets its robot's state and shows what there is to know about it.
+// lumo-inspect: loads a plug-in, sets a state of its robot, computes everything once and shows the results.
 
 #include <host/Plugin.hpp>
 #include <tools/inspect/Report.hpp>
@@ -13,7 +13,7 @@ namespace {
 
 using namespace lumo::inspect;
 
-/// Everything that can go wrong with the input has gone wrong before the first byte is written.
+/// All errors in the input are found before the first byte is written.
 void run(int argc, char** argv) {
   const auto request = readRequest(argc, argv);
   if (!request) return;

@@ -44,7 +44,7 @@ void write(const std::string& text) {
 void writeFile(const std::filesystem::path& path, const std::string& text) {
   std::error_code ignored;
   const bool replace = !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
-  const auto canonical = std::filesystem::weakly_canonical(path, ignored);  // a link stays, its file is replaced
+  const auto canonical = std::filesystem::weakly_canonical(path, ignored);  // replaces the file of a link, not the link
   const auto target = replace && !canonical.empty() ? canonical : path;
   const std::string file = replace ? fmt::format("{}.{}.part", target.string(), getpid()) : target.string();
   const auto check = [&](bool good) {
@@ -65,7 +65,7 @@ int runProgram(const char* name, const std::function<void()>& run) {
     run();
     return 0;
   } catch (const std::exception& error) {
-    std::string line = error.what();  // may quote what the user wrote, whatever that was
+    std::string line = error.what();  // can contain control characters, because it can quote the user's input
     std::replace_if(
         line.begin(), line.end(), [](char c) { return c >= 0 && c < ' '; }, ' ');
     fmt::print(stderr, "{}: {}\n", name, line);

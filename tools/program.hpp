@@ -6,24 +6,24 @@
 
 #include <CLI/CLI.hpp>
 
-// What our programs share: their plug-in, their options, their output and their errors.
+// What the programs share: the choice of the plug-in, the options, the output and the errors.
 
 namespace lumo {
 
-/// The option --plugin, which sets `file`: by default to the plug-in of the same build or installation.
+/// Adds the option --plugin, which sets `file`. The default is the plug-in of the same build or installation.
 void addPluginOption(CLI::App& app, std::filesystem::path& file);
 
-/// Reads the options; false when the program was only asked for help or its version, which is printed.
+/// Reads the options. Returns false if the program was only asked for help or its version, after printing it.
 bool parse(CLI::App& app, int argc, char** argv);
 
-/// Writes to standard output, and sees to it that it got there; throws std::runtime_error.
+/// Writes to standard output and flushes it. Throws std::runtime_error if that fails.
 void write(const std::string& text);
 
-/// Writes a file, all of it or, when that fails, nothing: an earlier file of that name then stays as it was. Throws
-/// std::runtime_error. What is no regular file, such as a pipe, is written to directly.
+/// Writes a file, either completely or not at all: if writing fails, an earlier file of that name stays as it was, and
+/// std::runtime_error is thrown. If the file exists and is not a regular file, such as a pipe, it is written directly.
 void writeFile(const std::filesystem::path& path, const std::string& text);
 
-/// Runs a program; what goes wrong is one line on standard error and a non-zero exit code.
+/// Runs a program and returns its exit code. An exception is printed to standard error as one line; the code is then 1.
 int runProgram(const char* name, const std::function<void()>& run);
 
 }  // namespace lumo

@@ -4,8 +4,8 @@
 
 namespace oracle {
 
-/// A value and, entry by entry, the sum of the absolute values of the terms it is made of: what the rounding error of a
-/// single-precision result is measured against, however much the terms cancel.
+/// A value and its magnitude. The magnitude of an entry is the sum of the absolute values of the terms that add up to
+/// it, so it is not small if the terms cancel. Rounding errors of single-precision results are measured in terms of it.
 struct Estimate {
   Eigen::MatrixXd value;
   Eigen::MatrixXd magnitude;

@@ -18,7 +18,7 @@ Matrix3d closed(Matrix3d R) {
   return R;
 }
 
-/// The nearest rotation to a matrix that is nearly one.
+/// Returns the rotation that is nearest to a matrix that is almost a rotation.
 Matrix3d rigid(const Matrix3d& R) { return 1.5 * R - 0.5 * R * R.transpose() * R; }
 
 Estimate pose(const Matrix3d& R, const Vector3d& p, double reach) {

@@ -11,33 +11,33 @@
 
 namespace lumo::inspect {
 
-/// Everything that is shown of a robot, taken out of the plug-in: what prints it needs no plug-in any more.
+/// All data of a robot that are shown, copied from the plug-in, so that printing needs no plug-in.
 struct Report {
   struct Body {
     std::string name;
     int parent;                       ///< -1 for the root
     float mass;                       ///< kg
     Eigen::Matrix<float, 3, 4> pose;  ///< in the world: the rotation, then the position (m)
-    std::array<float, 3> angles;      ///< the same rotation as roll, pitch, yaw (rad)
+    std::array<float, 3> angles;      ///< the rotation as roll, pitch, yaw (rad)
     std::array<float, 3> com;         ///< in the world (m)
   };
   struct Joint {
     std::string name;
-    std::size_t body;                        ///< that it moves
-    float position, velocity, acceleration;  ///< rad, and per s and s^2
+    std::size_t body;                        ///< the body that the joint moves
+    float position, velocity, acceleration;  ///< rad, rad/s, rad/s^2
     float torque;                            ///< N m
-    Eigen::Vector3f axis;                    ///< of unit length, in the root's frame
+    Eigen::Vector3f axis;                    ///< unit vector in the root's frame
   };
 
   std::vector<Body> bodies;
   std::vector<Joint> joints;
   float mass;
   std::array<float, 3> com;        ///< in the world (m)
-  std::array<float, 3> comInRoot;  ///< (m)
+  std::array<float, 3> comInRoot;  ///< in the root's frame (m)
   Eigen::MatrixXf generalizedMass;
 };
 
-/// Runs every computation on a robot whose state is set, and reads the results.
+/// Computes everything for the state that is set, and reads the results.
 Report computeReport(RigidBodySystem& robot);
 
 }  // namespace lumo::inspect

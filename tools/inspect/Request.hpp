@@ -8,8 +8,8 @@
 
 namespace lumo::inspect {
 
-/// What the user asked of the inspector: the state to set, and how to show it. Its numbers are finite; whether there
-/// are joints and bodies of its names only the robot can tell.
+/// What the user asked for: the state to set, and how to show the results. All numbers are finite. The names of joints
+/// and bodies are not checked, because this needs the robot.
 struct Request {
   struct JointValue {
     std::string joint;
@@ -21,7 +21,7 @@ struct Request {
   };
 
   std::filesystem::path plugin;
-  bool greeting = false;        ///< start from the greeting pose, else from zero
+  bool greeting = false;        ///< whether to start from the greeting pose; if not, from zero
   std::array<float, 6> root{};  ///< x, y, z (m), roll, pitch, yaw (rad)
   bool rootGiven = false;
   std::vector<JointValue> positions;      ///< rad
@@ -32,11 +32,11 @@ struct Request {
   bool list = false;
   bool json = false;
   bool axes = false;
-  std::filesystem::path svg;  ///< empty for none
+  std::filesystem::path svg;  ///< the file of the drawing; empty if none is wanted
 };
 
-/// Reads the command line; nothing when it only asked for help or the version, which are then printed. Throws what can
-/// be said in one line.
+/// Reads the command line. If it only asks for help or the version, prints that and returns nothing. Throws an
+/// exception with a message of one line if the input is wrong.
 std::optional<Request> readRequest(int argc, char** argv);
 
 }  // namespace lumo::inspect

@@ -5,8 +5,8 @@
 
 namespace lumo::inspect {
 
-/// Sets what the request asks for on a new object. Throws std::runtime_error for a joint or body that the robot does
-/// not have, and names the nearest that it has.
+/// Sets the state of the request on a new object. Throws std::runtime_error if the robot has no joint or body of a
+/// given name; the message contains the most similar name.
 void setState(const Request& request, RigidBodySystem& robot);
 
 }  // namespace lumo::inspect

@@ -9,7 +9,7 @@ namespace lumo::inspect {
 
 namespace {
 
-// With floats for numbers, which it then writes as short as floats can be, and its keys in the order of their making.
+// JSON whose numbers are floats, so that they are written with the fewest digits, and whose keys stay in order.
 using Json =
     nlohmann::basic_json<nlohmann::ordered_map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
 
@@ -18,8 +18,8 @@ Json toArray(const Vector& values) {
   return std::vector<float>(values.begin(), values.end());
 }
 
-/// One line for each member of an object, and one for each element of those members that are arrays of more than
-/// numbers.
+/// Writes an object with one line for each member. A member that is an array of objects or arrays has one line for each
+/// element.
 std::string toLines(const Json& object) {
   std::string text;
   for (const auto& [key, value] : object.items()) {

@@ -6,8 +6,7 @@
 
 namespace lumo::inspect {
 
-/// The report for programs: every number with the fewest digits that give its float back, one that is not finite as
-/// null.
+/// The report as JSON. Every number has the fewest digits that identify its float; a number that is not finite is null.
 std::string toJson(const Report& report);
 
 }  // namespace lumo::inspect

@@ -6,10 +6,10 @@
 
 namespace lumo::inspect {
 
-/// Tables to read, at most 100 columns wide.
+/// The report as tables that are at most 100 characters wide.
 std::string toText(const Report& report);
 
-/// One line per body: its parent, its mass, and its joint with its indexes.
+/// One line for each body: its parent, its mass, its joint and the indexes.
 std::string toList(const Report& report);
 
 }  // namespace lumo::inspect

@@ -9,25 +9,25 @@
 
 namespace lumo::inspect {
 
-/// One body as it is drawn: its origin is its joint.
+/// One body as it is drawn. Its origin lies on the axis of its joint.
 struct Part {
   std::string name;
-  std::size_t parent;  ///< itself for the root
-  const char* colour;  ///< of its limb: the root's child that carries it
-  bool last;           ///< has no children
+  std::size_t parent;  ///< the body itself for the root
+  const char* colour;  ///< that of its limb; each child of the root begins a limb
+  bool last;           ///< whether it has no children
   Eigen::Vector3d origin, com;
-  double radius;         ///< of a ball of water of its mass (m)
-  Eigen::Vector3d axis;  ///< of its joint
-  std::string about;     ///< the same in words: the root's axis that is nearest
+  double radius;         ///< the radius of a ball of water that has its mass (m)
+  Eigen::Vector3d axis;  ///< the axis of its joint
+  std::string about;     ///< the name of the root's axis that is nearest to it
 };
 
 struct Figure {
   std::vector<Part> parts;
   Eigen::Vector3d com;
-  Eigen::Matrix3d root;  ///< its axes as columns
+  Eigen::Matrix3d root;  ///< the root's axes as columns
 };
 
-/// Throws std::runtime_error when a place is not finite.
+/// Throws std::runtime_error if a position is not finite.
 Figure toFigure(const Report& report);
 
 }  // namespace lumo::inspect

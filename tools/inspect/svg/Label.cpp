@@ -8,7 +8,7 @@ void arrange(std::vector<Label>& column, double from, double to) {
   std::sort(column.begin(), column.end(), [](const Label& a, const Label& b) { return a.at.y() < b.at.y(); });
   struct Block {
     std::size_t count;
-    double wanted;  ///< the sum over its labels of where each wants the block to begin
+    double wanted;  ///< the sum of the heights at which the block would begin for each of its labels
     double height;
     double begin(double least, double most) const {
       return std::max(least, std::min(wanted / static_cast<double>(count), most - height));

@@ -19,7 +19,7 @@ using Eigen::Vector2d, Eigen::Vector3d;
 
 namespace {
 
-/// The corners of the smallest convex polygon around the points, one after another.
+/// Returns the corners of the smallest convex polygon around the points, in order.
 std::vector<Vector2d> hull(std::vector<Vector2d> points) {
   std::sort(points.begin(), points.end(),
             [](const Vector2d& a, const Vector2d& b) { return a.x() < b.x() || (a.x() == b.x() && a.y() < b.y()); });
@@ -35,7 +35,7 @@ std::vector<Vector2d> hull(std::vector<Vector2d> points) {
       }
       corners.push_back(p);
     }
-    corners.pop_back();  // begins the other side
+    corners.pop_back();  // this corner is the first of the other side
   }
   return corners.empty() ? points : corners;
 }
@@ -85,7 +85,7 @@ Vector2d View::page(const Vector3d& p) const {
           place_.groundY - (q.y() - place_.ground) * place_.scale};
 }
 
-/// The root's body is what lies between its joints.
+/// Draws the root's body as the polygon between the joints of its children.
 void View::drawTorso() {
   std::string points;
   std::vector<Vector2d> corners;
@@ -113,7 +113,7 @@ void View::drawLink(const Part& part) {
   const char* style = axes_ ? "stroke-linecap='round' stroke-opacity='0.3'" : "stroke-linecap='round'";
   const Part& parent = figure_.parts[part.parent];
   line(page(parent.origin), page(part.origin), parent.colour, 6, style);
-  // Where the last body of a limb ends is not known; its centre of mass shows where it points.
+  // The end of the last body of a limb is not known, so the body is drawn up to its centre of mass.
   if (part.last) line(page(part.origin), page(part.com), part.colour, 6, style);
 }
 
@@ -123,7 +123,7 @@ void View::drawJoint(const Part& part) {
         part.colour);
 }
 
-/// An arrow, or what is seen of it from its head or its tail.
+/// Draws an axis as an arrow. If it points almost towards the viewer or away, draws a dot or a cross in a circle.
 void View::drawAxis(const Vector3d& from, const Vector3d& axis, const char* colour, const std::string& name) {
   const double length = 52;
   const Vector2d a = page(from), way(axis.dot(right_), -axis.z());
@@ -147,7 +147,7 @@ void View::drawAxis(const Vector3d& from, const Vector3d& axis, const char* colo
   }
 }
 
-/// The quartered circle that stands for a centre of mass, and where its plumb line meets the ground.
+/// Draws the centre of mass as a circle with two dark quarters, and the vertical line from there to the ground.
 void View::drawCom() {
   const Vector2d p = page(figure_.com);
   const double r = 10;
@@ -178,7 +178,7 @@ void View::drawNames() {
   }
   labels.push_back({{{"centre of mass", accent}}, page(figure_.com)});
 
-  // The left half goes to the left column.
+  // The labels of the left half of the points go to the left column.
   std::stable_sort(labels.begin(), labels.end(), [](const Label& a, const Label& b) {
     return std::pair(std::round(a.at.x()), a.at.y()) < std::pair(std::round(b.at.x()), b.at.y());
   });

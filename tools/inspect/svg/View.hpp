@@ -9,7 +9,7 @@
 
 namespace lumo::inspect {
 
-/// What a figure takes of a plane: across and up (m).
+/// The rectangle that a figure takes in the plane of the drawing: across and up (m).
 struct Extent {
   Eigen::Vector2d least = Eigen::Vector2d::Constant(std::numeric_limits<double>::infinity()), most = -least;
 
@@ -21,16 +21,17 @@ struct Extent {
   Eigen::Vector2d centre() const { return (least + most) / 2; }
 };
 
-/// Where a view goes on the page.
+/// The position of a view on the page, in units of the page.
 struct Place {
-  double middle;   ///< of the view
-  double groundY;  ///< where the level `ground` (m) comes
-  double baseY;    ///< where the figure ends
-  double scale;    ///< per metre
-  double ground;
+  double middle;   ///< the x coordinate of the middle of the view
+  double groundY;  ///< the y coordinate of the height `ground`
+  double baseY;    ///< the y coordinate of the lower end of the figure
+  double scale;    ///< units of the page per metre
+  double ground;   ///< m
 };
 
-/// A figure seen level, with `right` on its right-hand side: with the joints' axes, or with the bodies' masses.
+/// A horizontal view of a figure, in which `right` points to the right. It shows the axes of the joints or the masses
+/// of the bodies.
 class View {
  public:
   View(const Figure& figure, const Eigen::Vector3d& right, bool axes);
@@ -58,11 +59,11 @@ class View {
 
   const Figure& figure_;
   Eigen::Vector3d right_;
-  Eigen::Vector3d towards_;  ///< the viewer
+  Eigen::Vector3d towards_;  ///< the direction towards the viewer
   bool axes_;
   Extent extent_;
 
-  // While it draws.
+  // Used by draw only.
   std::string text_;
   Place place_{};
 };

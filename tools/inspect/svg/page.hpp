@@ -2,7 +2,8 @@
 
 namespace lumo::inspect {
 
-// The page, in its own units: two views side by side, each with a column of names on either side.
+// Sizes and colours of the page, in units of the page. Two views are side by side; each has a column of names on the
+// left and on the right.
 inline constexpr double pageWidth = 1120, viewWidth = pageWidth / 2, nameWidth = 132, margin = 24;
 inline constexpr double top = 92, bottom = 84, figureHeight = 560, lineHeight = 15;
 inline constexpr double figureWidth = viewWidth - 2 * (nameWidth + margin);

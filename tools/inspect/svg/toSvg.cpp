@@ -32,7 +32,7 @@ text {{font-size: 12px}}
 <rect width='100%' height='100%' rx='10' fill='white'/>
 )";
 
-/// The ground with what it is called, and a rule of the greatest length that is a round number and not too long.
+/// Draws the ground with its label, and a scale bar, whose length is the greatest round number that is not too long.
 std::string groundAndScale(const Place& place, const Extent& extent) {
   std::string text;
   text += fmt::format("<path d='M{} {:.1f}H{}' stroke='{}' stroke-width='1.5'/>\n", margin, place.groundY,
@@ -71,14 +71,14 @@ std::string groundAndScale(const Place& place, const Extent& extent) {
 
 std::string toSvg(const Report& report, const Drawing& drawing) {
   const Figure figure = toFigure(report);
-  // Level, and to the left of where the root faces.
+  // Both views are horizontal and follow the direction in which the root faces.
   const Vector3d forward = figure.root.col(0);
   const double yaw = std::atan2(forward.y(), forward.x());
   View front(figure, {-std::sin(yaw), std::cos(yaw), 0}, drawing.axes);
   View side(figure, {std::cos(yaw), std::sin(yaw), 0}, drawing.axes);
 
   const double low = front.extent().least.y(), high = front.extent().most.y();
-  const double ground = std::clamp(0.0, low - 0.5, high);  // drawn there, though it may be farther away
+  const double ground = std::clamp(0.0, low - 0.5, high);  // if the ground is farther away, it is drawn here
   const double least = std::min(low, ground), height = std::max(high - least, 0.25);
   const double width = std::max({front.extent().size().x(), side.extent().size().x(), 0.25});
   const double scale = std::min(figureWidth / width, figureHeight / height);

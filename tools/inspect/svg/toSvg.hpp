@@ -8,11 +8,11 @@ namespace lumo::inspect {
 
 struct Drawing {
   std::string title;
-  bool axes = false;  ///< show what each joint turns about, instead of the masses
+  bool axes = false;  ///< whether to show the axes of the joints instead of the masses
 };
 
-/// The robot as it stands, from where it faces and from its right side, on one scale and one ground, the world's
-/// z = 0. Nothing is drawn of a state that is not finite; throws std::runtime_error.
+/// Draws the robot in its state, from the front and from its right side, on the same scale. The ground is the world's
+/// z = 0. Throws std::runtime_error if the poses are not finite.
 std::string toSvg(const Report& report, const Drawing& drawing);
 
 }  // namespace lumo::inspect
