@@ -56,9 +56,7 @@ const std::map<std::string, void (*)(Host&)> operations = {
     {"setPose(0)", [](Host& s) { s.setPose(0, after.rootPose()); }},
     {"setJoints", [](Host& s) { s.setJointAnglesPos(after.q.tail<15>()); }},
     {"setRates",
-     [](Host& s) {
-       s.setJointAnglesVel(after.dq.tail<15>()), s.setRootAcceleration({1, 2, 3, 4, 5, 6});
-     }},
+     [](Host& s) { s.setJointAnglesVel(after.dq.tail<15>()), s.setRootAcceleration(Velocity6D(1, 2, 3, 4, 5, 6)); }},
     {"setWrench", [](Host& s) { s.setExternalWrench(2, after.wrenches[2]); }},
     {"setInertia", [](Host& s) { s.setBodyInertia(7, 0.7F, s.getComPositionInRoot(), Eigen::Matrix3f::Ones()); }},
     {"ExceptRoot", [](Host& s) { s.computeFwdKinematicsExceptRoot(); }},
