@@ -19,15 +19,7 @@ std::array<float, sizeof(Value) / sizeof(float)> toFloats(const Value& value) {
   return values;
 }
 
-/// The host math value of these floats.
-template <class Value>
-Value fromFloats(const std::array<float, sizeof(Value) / sizeof(float)>& floats) {
-  Value value;
-  std::memcpy(static_cast<void*>(&value), floats.data(), sizeof(Value));
-  return value;
-}
-
-/// A host math value as a matrix: a pose as [R t], 3 x 4, anything else as a column.
+/// The same as a matrix: a pose as [R t], 3 x 4, anything else as a column.
 inline Eigen::Matrix<float, 3, 4> toMatrix(const OX::Math::Transform& pose) {
   return Eigen::Matrix<float, 3, 4, Eigen::RowMajor>(toFloats(pose).data());
 }
