@@ -79,8 +79,7 @@ struct Session {
 
 void setBodyInertia(System& o, Input& in, Session& s) {
   const auto x = in.value<std::array<float, 4>>();
-  const auto com = Input::from(std::array{x[1], x[2], x[3]}, OX::Math::Position3D());
-  o.setBodyInertia(s.body, x[0], com, in.value<Eigen::Matrix3f>());
+  o.setBodyInertia(s.body, x[0], OX::Math::Position3D(x[1], x[2], x[3]), in.value<Eigen::Matrix3f>());
 }
 void answerAsAClone(System& o) {
   if (!(answers(*o.clone()) == answers(o))) std::abort();

@@ -128,6 +128,7 @@ TEST(Contract, JointAnglesAreReadBackAsTheyWereSetAndKeptInTheirView) {
   float first = 100;
   for (const Kind& kind : kinds) {
     const View view = ((*system).*kind.all)();
+    ASSERT_EQ(view.size(), nb_joint_angles) << kind.name;
     const Eigen::ArrayXf numbers = Eigen::ArrayXf::LinSpaced(20, first, first + 19);  // of which fifteen are taken
     ((*system).*kind.setAll)(numbers);
     EXPECT_TRUE(identical(view, numbers.head(15))) << kind.name;

@@ -8,7 +8,7 @@ using namespace lumo::test;
 struct Masses : testing::Test {
   const lumo::Plugin plugin{LUMO_PLUGIN};
   const Object system = create(plugin);
-  const Position3D com = lumo::fromFloats<Position3D>({0.1F, -0.2F, 0.3F});
+  const Position3D com = Position3D(0.1F, -0.2F, 0.3F);
   const Eigen::Matrix3f none = Eigen::Matrix3f::Zero();
 };
 
