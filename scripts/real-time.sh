@@ -5,7 +5,7 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
 install_missing python3 strace valgrind
-build release
+CXX=g++ build release # its table is on record
 
 digest=build/release/bin/lumo-digest
 plugin=build/release/lib/lumo/norvaX3.so
@@ -24,7 +24,9 @@ done
 
 echo "Instructions of a call in states at rest, usual states (within 3 rad) and extreme states (within 90,000 rad):"
 echo
-python3 scripts/real_time_table.py "$scratch/0" "$scratch/1" "$scratch/30000"
+python3 scripts/real_time_table.py "$scratch/0" "$scratch/1" "$scratch/30000" | tee "$scratch/table"
+step="comparing the table with that of docs/real-time.md, line by line"
+diff <(sed -n '/^operation /,/^```/{/^```/!p}' docs/real-time.md) "$scratch/table"
 
 # System calls. The number of system calls of the program must not depend on the number of states.
 step="looking for system calls"

@@ -6,6 +6,7 @@
 // letter, for one of the values below, or any other byte and then the four of the float. Line breaks between calls are
 // skipped; every other byte stands for something.
 
+#include <algorithm>
 #include <cfenv>
 #include <cstdio>
 #include <cstdlib>
@@ -62,65 +63,82 @@ struct Input {
   }
 };
 
-struct Calls {
-  static constexpr std::size_t bodies = 16;
-  using Object = std::unique_ptr<lumo::RigidBodySystem>;
-  using Pose = OX::Math::Transform;
-  using Angles = Eigen::Array<float, 15, 1>;
+using Object = std::unique_ptr<lumo::RigidBodySystem>;
+using System = lumo::RigidBodySystem;
+using Pose = OX::Math::Transform;
+using Velocity = OX::Math::Velocity6D;
+using Angles = Eigen::Array<float, 15, 1>;
 
+/// What calls work on, and the arguments that are read before every call of a kind.
+struct Session {
   Object objects[3] = {Object(create()), Object(create()), Object(create())};
   Eigen::Matrix<float, 3, Eigen::Dynamic> J;
+  std::size_t body = 0, joint = 0;
   std::vector<float> wrench = std::vector<float>(6);
-
-  void makeOne(Input& in) {
-    const std::uint8_t letter = in.byte();
-    if (letter == '\n') return;
-    const char call = static_cast<char>('a' + (letter + 3) % 25);  // a letter from a to y stands for itself
-    const bool mayAllocate = std::strchr("abuy", call) != nullptr || (call == 't' && J.cols() != 21);
-    const std::size_t before = allocations;
-    const auto same = environment();
-    make(call, objects[in.index(3)], in);
-    if ((mayAllocate || allocations == before) && environment() == same) return;
-    std::fprintf(stderr, "ERROR: call %c allocates or changes the floating-point environment\n", call);
-    std::abort();
-  }
-
-  void make(char call, Object& object, Input& in) {
-    lumo::RigidBodySystem& o = *object;
-    const std::size_t body = std::strchr("cjklmntvw", call) != nullptr ? in.index(bodies) : 0, joint = body % 15;
-    if (call == 'm' || call == 'n') {
-      for (float& x : wrench) x = in.number();
-    }
-    if (call == 'a') return destroy(object.release()), object.reset(create());
-    if (call == 'b') return void(objects[in.index(3)] = o.clone());
-    if (call == 'c') {
-      const auto x = in.value<std::array<float, 4>>();
-      return o.setBodyInertia(body, x[0], {x[1], x[2], x[3]}, in.value<Eigen::Matrix3f>());
-    }
-    if (call == 'd') return o.setRootPose(in.value<Pose>());
-    if (call == 'e') return o.setRootVelocity(in.value<OX::Math::Velocity6D>());
-    if (call == 'f') return o.setRootAcceleration(in.value<OX::Math::Velocity6D>());
-    if (call == 'g') return o.setJointAnglesPos(in.value<Angles>());
-    if (call == 'h') return o.setJointAnglesVel(in.value<Angles>());
-    if (call == 'i') return o.setJointAnglesAcc(in.value<Angles>());
-    if (call == 'j') return o.setJointAnglePos(joint, in.number());
-    if (call == 'k') return o.setJointAngleVel(joint, in.number());
-    if (call == 'l') return o.setJointAngleAcc(joint, in.number());
-    if (call == 'm') return o.setExternalWrench(body, wrench);
-    if (call == 'n') return o.setExternalWrench(body, wrench, in.value<Pose>());
-    if (call == 'o') return o.computeFwdKinematicsExceptRoot();
-    if (call == 'p') return o.computeFwdKinematicsOnlyRoot();
-    if (call == 'q') return o.computeFwdKinematics();
-    if (call == 'r') return o.computeGeneralizedMass();
-    if (call == 's') return o.computeInverseDynamics();
-    if (call == 't') return o.computePartialComJacobian(body, J);
-    if (call == 'u') return J.resize(3, static_cast<Eigen::Index>(in.index(40)));
-    if (call == 'v') return void(o.computePartialComPositionInRoot(body));
-    if (call == 'w') return o.setPose(body, in.value<Pose>());
-    if (call == 'x') return o.setVolatilePose(0, in.value<Pose>());
-    if (answers(*o.clone()) != answers(o)) std::abort();
-  }
 };
+
+void setBodyInertia(System& o, Input& in, Session& s) {
+  const auto x = in.value<std::array<float, 4>>();
+  o.setBodyInertia(s.body, x[0], OX::Math::Position3D(x[1], x[2], x[3]), in.value<Eigen::Matrix3f>());
+}
+void answerAsAClone(System& o) {
+  if (!(answers(*o.clone()) == answers(o))) std::abort();
+}
+
+enum Reads { nothing, aBody, aBodyAndAWrench };
+struct Call {
+  bool mayAllocate;
+  Reads reads;
+  void (*make)(Object&, Input&, Session&);
+};
+/// Those of the letters a, b, c, ... Each takes an object, its arguments and the session.
+constexpr Call calls[] = {
+    /* a */ {true, nothing, [](Object& o, Input&, Session&) { destroy(o.release()), o.reset(create()); }},
+    /* b */ {true, nothing, [](Object& o, Input& in, Session& s) { s.objects[in.index(3)] = o->clone(); }},
+    /* c */ {false, aBody, [](Object& o, Input& in, Session& s) { setBodyInertia(*o, in, s); }},
+    /* d */ {false, nothing, [](Object& o, Input& in, Session&) { o->setRootPose(in.value<Pose>()); }},
+    /* e */ {false, nothing, [](Object& o, Input& in, Session&) { o->setRootVelocity(in.value<Velocity>()); }},
+    /* f */ {false, nothing, [](Object& o, Input& in, Session&) { o->setRootAcceleration(in.value<Velocity>()); }},
+    /* g */ {false, nothing, [](Object& o, Input& in, Session&) { o->setJointAnglesPos(in.value<Angles>()); }},
+    /* h */ {false, nothing, [](Object& o, Input& in, Session&) { o->setJointAnglesVel(in.value<Angles>()); }},
+    /* i */ {false, nothing, [](Object& o, Input& in, Session&) { o->setJointAnglesAcc(in.value<Angles>()); }},
+    /* j */ {false, aBody, [](Object& o, Input& in, Session& s) { o->setJointAnglePos(s.joint, in.number()); }},
+    /* k */ {false, aBody, [](Object& o, Input& in, Session& s) { o->setJointAngleVel(s.joint, in.number()); }},
+    /* l */ {false, aBody, [](Object& o, Input& in, Session& s) { o->setJointAngleAcc(s.joint, in.number()); }},
+    /* m */ {false, aBodyAndAWrench, [](Object& o, Input&, Session& s) { o->setExternalWrench(s.body, s.wrench); }},
+    /* n */
+    {false, aBodyAndAWrench,
+     [](Object& o, Input& in, Session& s) { o->setExternalWrench(s.body, s.wrench, in.value<Pose>()); }},
+    /* o */ {false, nothing, [](Object& o, Input&, Session&) { o->computeFwdKinematicsExceptRoot(); }},
+    /* p */ {false, nothing, [](Object& o, Input&, Session&) { o->computeFwdKinematicsOnlyRoot(); }},
+    /* q */ {false, nothing, [](Object& o, Input&, Session&) { o->computeFwdKinematics(); }},
+    /* r */ {false, nothing, [](Object& o, Input&, Session&) { o->computeGeneralizedMass(); }},
+    /* s */ {false, nothing, [](Object& o, Input&, Session&) { o->computeInverseDynamics(); }},
+    /* t */ {false, aBody, [](Object& o, Input&, Session& s) { o->computePartialComJacobian(s.body, s.J); }},
+    /* u */ {true, nothing, [](Object&, Input& in, Session& s) { s.J.resize(3, in.byte() % 40); }},
+    /* v */ {false, aBody, [](Object& o, Input&, Session& s) { (void)o->computePartialComPositionInRoot(s.body); }},
+    /* w */ {false, aBody, [](Object& o, Input& in, Session& s) { o->setPose(s.body, in.value<Pose>()); }},
+    /* x */ {false, nothing, [](Object& o, Input& in, Session&) { o->setVolatilePose(0, in.value<Pose>()); }},
+    /* y */ {true, nothing, [](Object& o, Input&, Session&) { answerAsAClone(*o); }},
+};
+
+void makeCall(Input& in, Session& s) {
+  const std::uint8_t letter = in.byte();
+  if (letter == '\n') return;
+  const std::size_t number = (letter + 3U) % std::size(calls);  // a letter from a to y stands for itself
+  const Call& call = calls[number];
+  const bool mayAllocate = call.mayAllocate || (number == 't' - 'a' && s.J.cols() != 21);
+  const std::size_t before = allocations;
+  const auto same = environment();
+  Object& object = s.objects[in.index(3)];
+  if (call.reads != nothing) s.body = in.index(16), s.joint = s.body % 15;
+  if (call.reads == aBodyAndAWrench) std::generate(s.wrench.begin(), s.wrench.end(), [&in] { return in.number(); });
+  call.make(object, in, s);
+  if ((mayAllocate || allocations == before) && environment() == same) return;
+  std::fprintf(stderr, "ERROR: call %c allocates or changes the floating-point environment\n",
+               'a' + static_cast<char>(number));
+  std::abort();
+}
 
 }  // namespace
 
@@ -133,7 +151,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const auto inertias = kinetra::norvaX3::inertias;
   kinetra::norvaX3::inertias = inertias;  // which an earlier sequence may have changed
-  Calls calls;
-  for (Input in{data, data + size}; in.next != in.end;) calls.makeOne(in);
+  Session session;
+  for (Input in{data, data + size}; in.next != in.end;) makeCall(in, session);
   return 0;
 }

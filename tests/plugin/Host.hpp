@@ -12,6 +12,18 @@ using Table = std::vector<std::int64_t>;
 using Jacobian = Eigen::Matrix<float, 3, Eigen::Dynamic>;
 using OX::Math::Position3D, OX::Math::Transform, OX::Math::Velocity6D;
 
+/// Consecutive floats inside an object: what the interface calls FloatView.
+struct View {
+  const float* from;
+  const float* to;
+
+  std::size_t size() const { return static_cast<std::size_t>(to - from); }
+  const float& operator[](std::size_t i) const { return from[i]; }
+};
+inline Eigen::MatrixXd toDoubles(const View& view) {
+  return Eigen::VectorXf::Map(view.from, view.to - view.from).cast<double>();
+}
+
 /// The interface as a host may have declared it for itself. Only the order of the functions and their types tie it to
 /// the plug-in, so each test checks the places of those that it calls.
 struct Host {
@@ -32,7 +44,7 @@ struct Host {
   virtual void setJointAnglesPos(Angles) = 0, setJointAnglesVel(Angles) = 0, setJointAnglesAcc(Angles) = 0;
   virtual void setJointAnglePos(Size, float) = 0, setJointAngleVel(Size, float) = 0, setJointAngleAcc(Size, float) = 0;
   virtual float getJointAnglePos(Size) const = 0, getJointAngleVel(Size) const = 0, getJointAngleAcc(Size) const = 0;
-  virtual FloatView getJointAnglesPos() const = 0, getJointAnglesVel() const = 0, getJointAnglesAcc() const = 0;
+  virtual View getJointAnglesPos() const = 0, getJointAnglesVel() const = 0, getJointAnglesAcc() const = 0;
   virtual void setExternalWrench(Size, Wrench) = 0, setExternalWrench(Size, Wrench, Transform) = 0;
   virtual void computeFwdKinematicsExceptRoot() = 0, computeFwdKinematicsOnlyRoot() = 0, computeFwdKinematics() = 0;
   virtual void computeGeneralizedMass() = 0, computePartialComJacobian(Size, Jacobian&) = 0;
@@ -48,7 +60,7 @@ struct Host {
   virtual Table getParentsVector() const = 0, getDofNumbersVector() const = 0, getDofIndexesVector() const = 0;
   virtual void computeInverseDynamics() = 0;
   virtual float getJointAngleTorque(Size) const = 0;
-  virtual FloatView getJointAnglesTorque() const = 0;
+  virtual View getJointAnglesTorque() const = 0;
 };
 
 }  // namespace lumo::test

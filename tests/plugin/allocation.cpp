@@ -7,17 +7,25 @@
 // The allocation functions of this program, which the loaded plug-in gets too. They count their calls and the blocks
 // that are not freed yet, and can be told to fail.
 
-static std::size_t allocations = 0, blocks = 0;
-static constexpr std::size_t none = static_cast<std::size_t>(-1);
-static std::size_t first_to_fail = none, last_to_fail = none;
+namespace lumo::test {
+namespace {
 
-static bool fails() {
+constexpr std::size_t none = static_cast<std::size_t>(-1);
+std::size_t allocations = 0, blocks = 0;
+std::size_t first_to_fail = none, last_to_fail = none;
+
+bool fails() {
   ++allocations;
   if (allocations < first_to_fail || allocations > last_to_fail) return false;
   errno = ENOMEM;
   return true;
 }
-static void* counted(void* block) { return blocks += block != nullptr, block; }
+void* counted(void* block) { return blocks += block != nullptr, block; }
+
+}  // namespace
+}  // namespace lumo::test
+
+using lumo::test::fails, lumo::test::counted;
 
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier): they are the C library's own.
@@ -37,7 +45,7 @@ void* realloc(void* block, std::size_t n) noexcept {
 int posix_memalign(void** block, std::size_t to, std::size_t n) noexcept {
   return (*block = aligned_alloc(to, n)) == nullptr ? ENOMEM : 0;
 }
-void free(void* block) noexcept { blocks -= block != nullptr, __libc_free(block); }
+void free(void* block) noexcept { lumo::test::blocks -= block != nullptr, __libc_free(block); }
 }
 
 namespace {
@@ -60,7 +68,7 @@ TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
     set(s, x);
     s.setJointAnglePos(1, 2), s.setJointAngleVel(1, 2), s.setJointAngleAcc(1, 2);
     s.setExternalWrench(1, x.wrenches[1], x.rootPose()), s.setPose(1, x.rootPose()), s.setVolatilePose(0, x.rootPose());
-    s.setBodyInertia(7, 0.5F, {}, Eigen::Matrix3f::Identity());
+    s.setBodyInertia(7, 0.5F, Position3D(), Eigen::Matrix3f::Identity());
   };
   const auto computations = [&, &s = *object] {
     compute(s);
@@ -81,11 +89,12 @@ TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
 
 /// How many allocations a call makes, each of which fails once: alone, and then with all that follow it. Each time
 /// std::bad_alloc must arrive, no block stay behind, and the object answer as before.
-template <class Call>
-std::size_t failedIn(Host& object, const Call& call) {
-  const std::string expected = answers(object);
+template <class Call, class Check>
+std::size_t failedIn(Host& object, const Call& call, const Check& check) {
+  const Answers expected = answers(object);
   for (std::size_t k = 1;; ++k) {
     for (const bool alone : {true, false}) {
+      SCOPED_TRACE("allocation " + std::to_string(k) + (alone ? " fails alone" : " fails with all that follow"));
       const std::size_t before = blocks;
       bool thrown = false;
       first_to_fail = allocations + k;
@@ -97,36 +106,46 @@ std::size_t failedIn(Host& object, const Call& call) {
       }
       const bool failed = allocations >= first_to_fail;
       first_to_fail = none;
-      EXPECT_EQ(thrown, failed) << "allocation " << k;
+      EXPECT_EQ(thrown, failed) << "whether std::bad_alloc arrives";
       if (!failed) return k - 1;
-      EXPECT_EQ(blocks, before) << "allocation " << k;
+      EXPECT_EQ(blocks, before) << "blocks";
+      check();
     }
-    EXPECT_TRUE(answers(object) == expected) << "allocation " << k;
+    EXPECT_TRUE(identical(answers(object), expected)) << "after allocation " << k << " failed";
   }
 }
+template <class Call>
+std::size_t failedIn(Host& object, const Call& call) {
+  return failedIn(object, call, [] {});
+}
 
-TEST(Allocation, FailureArrivesAndLosesNothing) {
-  const lumo::Plugin plugin(LUMO_PLUGIN);
-  const auto object = create(plugin);
-  set(*object, State(41));
-  compute(*object);
+struct AllocationFailure : testing::Test {
+  const lumo::Plugin plugin{LUMO_PLUGIN};
+  const Object object = create(plugin);
+  AllocationFailure() {
+    set(*object, State(41));
+    compute(*object);
+  }
+};
+
+TEST_F(AllocationFailure, OfCreateOrCloneArrivesAndLosesNothing) {
   EXPECT_EQ(failedIn(*object, [&] { plugin.create(); }), 6U);
   EXPECT_EQ(failedIn(*object, [&] { object->clone(); }), 6U);
+}
+
+TEST_F(AllocationFailure, OfAQueryArrivesAndLosesNothing) {
   for (const auto table : {&Host::getParentsVector, &Host::getDofNumbersVector, &Host::getDofIndexesVector}) {
     EXPECT_EQ(failedIn(*object, [&] { (*object.*table)(); }), 1U);
   }
   EXPECT_EQ(failedIn(*object, [&] { object->getName(); }), 0U);
+}
+
+TEST_F(AllocationFailure, OfThePartialJacobianArrivesAndLeavesTheMatrixAlone) {
   for (const Eigen::Index columns : {0, 20, 22}) {
-    Jacobian J = Jacobian::Constant(3, columns, 7);
-    const auto resize = [&] {
-      try {
-        object->computePartialComJacobian(1, J);
-      } catch (const std::bad_alloc&) {
-        EXPECT_TRUE(J.cols() == columns && J.isConstant(7, 0)) << columns;
-        throw;
-      }
-    };
-    EXPECT_EQ(failedIn(*object, resize), 1U) << columns;
+    const Jacobian old = Jacobian::Constant(3, columns, 7);
+    Jacobian J = old;
+    const auto compute = [&] { object->computePartialComJacobian(1, J); };
+    EXPECT_EQ(failedIn(*object, compute, [&] { EXPECT_TRUE(identical(J, old)); }), 1U) << columns << " columns";
   }
 }
 

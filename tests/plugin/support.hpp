@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -8,6 +9,7 @@
 
 #include <host/Plugin.hpp>
 #include <tests/plugin/Host.hpp>
+#include <tests/plugin/answers.hpp>
 #include <tests/support/matchers.hpp>
 #include <tools/State.hpp>
 #include <tools/toFloats.hpp>
@@ -17,7 +19,7 @@
 
 namespace lumo::test {
 
-constexpr Size nb_bodies = 16;
+constexpr Size nb_bodies = 16, nb_joint_angles = 15;
 constexpr double epsilon = 0x1p-23;
 
 using Object = std::shared_ptr<Host>;
@@ -33,10 +35,6 @@ inline Object create() {
   return create(plugin);
 }
 
-template <class HostValue>
-auto toDoubles(const HostValue& value) {
-  return toMatrix(value).template cast<double>().eval();
-}
 inline Eigen::Affine3d frame(const Transform& pose) {
   Eigen::Affine3d result = Eigen::Affine3d::Identity();
   result.affine() = toDoubles(pose);
@@ -57,6 +55,15 @@ inline Object computed(const State& x) {
   set(*system, x);
   compute(*system);
   return system;
+}
+
+/// Bit for bit. A failure tells the first answer that differs.
+inline testing::AssertionResult identical(const Answers& actual, const Answers& expected) {
+  const auto [a, e] = std::mismatch(actual.begin(), actual.end(), expected.begin(), expected.end());
+  if (a == actual.end() && e == expected.end()) return testing::AssertionSuccess();
+  if (a == actual.end() || e == expected.end()) return testing::AssertionFailure() << "another number of answers";
+  if (a->what != e->what) return testing::AssertionFailure() << a->what << ", expected " << e->what;
+  return testing::AssertionFailure() << a->what << ": " << identical(a->value, e->value).message();
 }
 
 }  // namespace lumo::test

@@ -8,15 +8,15 @@ namespace {
 using namespace lumo::test;
 
 /// The answers of an object and its clones to some states; other states for another seed.
-std::string work(Host& system, unsigned seed) {
-  std::string bits;
+Answers work(Host& system, unsigned seed) {
+  Answers all;
   for (unsigned i = 0; i < 20; ++i) {
     set(system, State(100 * seed + i));
     const auto clone = system.clone();
     compute(system);
-    bits += answers(system) + answers(*clone);
+    for (const Answers& more : {answers(system), answers(*clone)}) all.insert(all.end(), more.begin(), more.end());
   }
-  return bits;
+  return all;
 }
 
 // Also run under the thread sanitizer. Creation, which must overlap nothing, comes first.
@@ -24,11 +24,11 @@ TEST(Threads, DistinctObjectsAnswerAsOnOneThread) {
   constexpr unsigned count = 4;
   std::vector<Object> objects;
   for (unsigned i = 0; i < count; ++i) objects.push_back(create());
-  std::string together[count];
+  Answers together[count];
   std::vector<std::thread> threads;
   for (unsigned i = 0; i < count; ++i) threads.emplace_back([&, i] { together[i] = work(*objects[i], i); });
   for (std::thread& thread : threads) thread.join();
-  for (unsigned i = 0; i < count; ++i) EXPECT_TRUE(together[i] == work(*create(), i)) << "thread " << i;
+  for (unsigned i = 0; i < count; ++i) EXPECT_TRUE(identical(together[i], work(*create(), i))) << "thread " << i;
 }
 
 }  // namespace

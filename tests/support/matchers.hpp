@@ -1,14 +1,17 @@
 #pragma once
 
+#include <cmath>
 #include <iomanip>
 
 #include <gtest/gtest.h>
 
+#include <tests/support/toDoubles.hpp>
 #include <tools/accuracy/Estimate.hpp>
 
 namespace lumo::test {
 
-/// Entry by entry; NaN fails; tells the worst entry. A negative tolerance asks for the same value and sign of zero.
+/// Entry by entry; NaN fails. A failure tells the worst entry. A negative tolerance asks for the same value and sign
+/// of zero.
 inline testing::AssertionResult compare(const Eigen::MatrixXd& actual, const Eigen::MatrixXd& expected,
                                         const Eigen::MatrixXd& tolerance) {
   if (actual.rows() != expected.rows() || actual.cols() != expected.cols()) {
@@ -16,37 +19,37 @@ inline testing::AssertionResult compare(const Eigen::MatrixXd& actual, const Eig
                                        << expected.rows() << " x " << expected.cols();
   }
   double worst = -1.0;
-  testing::AssertionResult result = testing::AssertionSuccess();
+  Eigen::Index wrong = 0, row = 0, column = 0;
   for (Eigen::Index k = 0; k < actual.size(); ++k) {
     const Eigen::Index i = k % actual.rows(), j = k / actual.rows();
     const double a = actual(i, j), e = expected(i, j), tol = tolerance(i, j), error = std::abs(a - e);
-    const bool good = tol < 0.0 ? a == e && std::signbit(a) == std::signbit(e) : error <= tol;
+    if (tol < 0.0 ? a == e && std::signbit(a) == std::signbit(e) : error <= tol) continue;
+    ++wrong;
     const double excess = std::isnan(error) ? HUGE_VAL : error / std::max(tol, 0x1p-60);
-    if (!good && excess > worst) {
-      worst = excess;
-      result = testing::AssertionFailure() << std::setprecision(9) << "worst at (" << i << ", " << j << "): " << a
-                                           << ", expected " << e << ", tolerance " << tol;
-    }
+    if (excess > worst) worst = excess, row = i, column = j;
   }
-  return result;
+  if (wrong == 0) return testing::AssertionSuccess();
+  testing::AssertionResult result = testing::AssertionFailure();
+  result << std::setprecision(9) << "entry (" << row << ", " << column << ") is " << actual(row, column)
+         << ", expected " << expected(row, column);
+  if (tolerance(row, column) >= 0.0) result << " within " << std::setprecision(2) << tolerance(row, column);
+  return result << "; wrong entries: " << wrong << " of " << actual.size();
 }
 
-template <typename Actual, typename Expected>
-testing::AssertionResult near(const Eigen::MatrixBase<Actual>& actual, const Eigen::MatrixBase<Expected>& expected,
-                              double tolerance) {
-  return compare(actual.template cast<double>(), expected.template cast<double>(),
-                 Eigen::MatrixXd::Constant(expected.rows(), expected.cols(), tolerance));
+template <class Actual, class Expected>
+testing::AssertionResult near(const Actual& actual, const Expected& expected, double tolerance) {
+  const Eigen::MatrixXd e = toDoubles(expected);
+  return compare(toDoubles(actual), e, Eigen::MatrixXd::Constant(e.rows(), e.cols(), tolerance));
 }
 
 /// Within k float epsilons of each entry's magnitude.
-template <typename Actual>
-testing::AssertionResult near(const Eigen::MatrixBase<Actual>& actual, const oracle::Estimate& expected, double k) {
-  return compare(actual.template cast<double>(), expected.value, k * 0x1p-23 * expected.magnitude);
+template <class Actual>
+testing::AssertionResult near(const Actual& actual, const oracle::Estimate& expected, double k) {
+  return compare(toDoubles(actual), expected.value, k * 0x1p-23 * expected.magnitude);
 }
 
-template <typename Actual, typename Expected>
-testing::AssertionResult identical(const Eigen::MatrixBase<Actual>& actual,
-                                   const Eigen::MatrixBase<Expected>& expected) {
+template <class Actual, class Expected>
+testing::AssertionResult identical(const Actual& actual, const Expected& expected) {
   return near(actual, expected, -1.0);
 }
 

@@ -10,7 +10,6 @@
 #include <tests/support/Scenario.hpp>
 #include <tests/support/matchers.hpp>
 #include <tools/accuracy/WholeRobot.hpp>
-#include <tools/toFloats.hpp>
 
 namespace {
 
@@ -19,18 +18,21 @@ using namespace kinetra::internal;
 using kinetra::norvaX3;
 using Vector6f = Eigen::Matrix<float, 6, 1>;
 using Vector21 = Scenario::Vector21;
-using Matrix21 = Eigen::Matrix<float, 21, 21>;
 
-TEST(FreeFlyerBodyJoint, TurnsByYawThenPitchThenRollInFixedProducts) {
+TEST(FreeFlyerBodyJoint, TurnsByYawThenPitchThenRoll) {
   Random random(1);
   const Vector6f q = random.matrix<6>(3.0F), dq = random.matrix<6>();
   kinetra::FreeFlyerBodyJoint joint;
   joint.jcalc(q, dq);
   const auto turn = [&](int i) { return Eigen::AngleAxisf(q[3 + i], Eigen::Vector3f::Unit(i)); };
-  EXPECT_TRUE(near(joint.Xj.E.matrix().transpose(), (turn(2) * turn(1) * turn(0)).matrix().cast<double>(), 1e-6));
+  EXPECT_TRUE(near(joint.Xj.E.matrix().transpose(), (turn(2) * turn(1) * turn(0)).matrix(), 1e-6));
   EXPECT_TRUE(identical(joint.Xj.r, q.head<3>()));
-  EXPECT_TRUE(identical(joint.vj.angular(), dq.tail<3>()) && identical(joint.vj.linear(), dq.head<3>()));
+  EXPECT_TRUE(identical(joint.vj.angular(), dq.tail<3>()));
+  EXPECT_TRUE(identical(joint.vj.linear(), dq.head<3>()));
+}
 
+TEST(FreeFlyerBodyJoint, TakesItsProductsInAFixedOrder) {
+  kinetra::FreeFlyerBodyJoint joint;
   joint.jcalc_pos({0.0F, 0.0F, 0.0F, 1.94F, 1.48F, -2.28F});
   Eigen::Matrix3f expected;  // any other grouping of a product of three changes one of these
   expected << -0.0590480343F, -0.0688089356F, -0.995880842F, -0.87870419F, -0.469817132F, 0.0845616981F, -0.473700464F,
@@ -41,143 +43,233 @@ TEST(FreeFlyerBodyJoint, TurnsByYawThenPitchThenRollInFixedProducts) {
   EXPECT_TRUE(identical(joint.Xj.E.matrix(), expected));
 }
 
-TEST(Jcalc, BothPassesGiveTheSameBitsAndWriteNothingElse) {
-  const Scenario s(2);
-  norvaX3 full;
-  spoil(full);
-  forEachNode(full, [](auto& n) { n.joint.vj = kinetra::Spatial::Motion(Vector6f::Constant(7.0F)); });
-  norvaX3 position_only = full;
-  depth_first_traversal<JcalcVisitor, norvaX3>::run(full, s.q, s.dq);
-  depth_first_traversal<JcalcPosVisitor, norvaX3>::run(position_only, s.q);
+/// Two robots, all of whose results are NaN and all of whose joints have the velocity 7, after a pass of each kind.
+struct Jcalc : testing::Test {
+  const Scenario s{2};
+  norvaX3 full, positionOnly;
 
-  std::array<Eigen::Matrix<float, 3, 8>, 16> transforms;
-  for (norvaX3* robot : {&full, &position_only}) {
-    forEachNode(*robot, [&](auto& n) {
-      Eigen::Matrix<float, 3, 8> both;
-      both << n.joint.Xj.E.matrix(), n.joint.Xj.r, n.sXp.E.matrix(), n.sXp.r;
-      if (robot == &full) {
-        transforms[n.id] = both;
-        const Vector6f revolute{0.0F, 0.0F, s.dq[n.dof_index], 7.0F, 7.0F, 7.0F};  // the linear part is not written
-        EXPECT_TRUE(n.id == 0 || identical(Vector6f(n.joint.vj), revolute));
-      } else {
-        EXPECT_TRUE(identical(both, transforms[n.id]));
-        EXPECT_TRUE(identical(Vector6f(n.joint.vj), Vector6f::Constant(7.0F)));
-      }
-      const auto product = n.joint.Xj * n.Xt;
-      EXPECT_TRUE(identical(n.sXp.E.matrix(), product.E.matrix()) && identical(n.sXp.r, Eigen::Vector3f(product.r)));
-      EXPECT_TRUE(n.F.array().isNaN().all() && Vector6f(n.body.vi).array().isNaN().all());
-      EXPECT_TRUE(Vector6f(n.joint.f).array().isNaN().all() && std::isnan(n.body.Iic.m));
-      EXPECT_TRUE(identical(Vector6f(n.joint.cj), Vector6f::Zero()));
-      EXPECT_TRUE(identical(n.joint.S.matrix(), decltype(n.joint.S)().matrix()));
-    });
+  Jcalc() {
+    spoil(full);
+    forEachNode(full, [](auto& n) { n.joint.vj = kinetra::Spatial::Motion(Vector6f::Constant(7.0F)); });
+    positionOnly = full;
+    depth_first_traversal<JcalcVisitor, norvaX3>::run(full, s.q, s.dq);
+    depth_first_traversal<JcalcPosVisitor, norvaX3>::run(positionOnly, s.q);
+  }
+
+  static std::array<Eigen::Matrix<float, 3, 8>, 16> transforms(norvaX3& robot) {
+    std::array<Eigen::Matrix<float, 3, 8>, 16> all;
+    forEachNode(robot, [&](auto& n) { all[n.id] << n.joint.Xj.E.matrix(), n.joint.Xj.r, n.sXp.E.matrix(), n.sXp.r; });
+    return all;
+  }
+};
+
+TEST_F(Jcalc, PlacesEachBodyByItsJointAndPlacement) {
+  forEachNode(full, [](auto& n) {
+    const auto product = n.joint.Xj * n.Xt;
+    EXPECT_TRUE(identical(n.sXp.E.matrix(), product.E.matrix())) << "node " << n.id;
+    EXPECT_TRUE(identical(n.sXp.r, Eigen::Vector3f(product.r))) << "node " << n.id;
+  });
+}
+
+TEST_F(Jcalc, BothPassesGiveTheSameTransforms) {
+  for (std::size_t i = 0; i < 16; ++i) {
+    EXPECT_TRUE(identical(transforms(positionOnly)[i], transforms(full)[i])) << "node " << i;
   }
 }
 
-TEST(Kinematics, AgreesWithGeometry) {
-  for (unsigned seed = 1; seed <= 4; ++seed) {
-    const Scenario s(seed);
-    norvaX3 robot;
-    std::array<lumo::SpatialTransform, 16> iX1;
+TEST_F(Jcalc, OnlyThePassWithVelocitiesWritesThemAndOfARevoluteJointOnlyTheAngularPart) {
+  forEachNode(positionOnly, [](auto& n) {
+    EXPECT_TRUE(identical(Vector6f(n.joint.vj), Vector6f::Constant(7.0F))) << "node " << n.id;
+  });
+  forEachNode(full, [this](auto& n) {
+    Vector6f expected{0.0F, 0.0F, s.dq[n.dof_index], 7.0F, 7.0F, 7.0F};
+    if (n.id == 0) expected << s.dq.segment<3>(3), s.dq.head<3>();
+    EXPECT_TRUE(identical(Vector6f(n.joint.vj), expected)) << "node " << n.id;
+  });
+}
+
+TEST_F(Jcalc, WritesNothingElse) {
+  forEachNode(full, [](auto& n) {
+    SCOPED_TRACE("node " + std::to_string(n.id));
+    EXPECT_TRUE(n.F.array().isNaN().all());
+    EXPECT_TRUE(Vector6f(n.body.vi).array().isNaN().all());
+    EXPECT_TRUE(Vector6f(n.joint.f).array().isNaN().all());
+    EXPECT_TRUE(std::isnan(n.body.Iic.m));
+    EXPECT_TRUE(identical(Vector6f(n.joint.cj), Vector6f::Zero()));
+    EXPECT_TRUE(identical(n.joint.S.matrix(), decltype(n.joint.S)().matrix()));
+  });
+}
+
+/// All results of the kinematics, which start as NaN, and what geometry says of them.
+struct Kinematics : testing::TestWithParam<unsigned> {
+  const Scenario s{GetParam()};
+  const oracle::WholeRobot expected{s.q};
+  norvaX3 robot;
+  std::array<lumo::SpatialTransform, 16> iX1;
+  Eigen::Matrix<float, 6, Eigen::Dynamic> J = Eigen::Matrix<float, 6, 21>::Constant(nan_f);
+  Eigen::Vector3f comSum = Eigen::Vector3f::Constant(nan_f);
+  std::vector<OX::Math::Transform> poses{17};
+
+  Kinematics() {
     iX1[0] = {kinetra::Spatial::RotationMatrix(Eigen::Matrix3f::Identity()), {0.0F, 0.0F, 0.0F}};
-    Eigen::Matrix<float, 6, Eigen::Dynamic> J = Eigen::Matrix<float, 6, 21>::Constant(nan_f);
-    Eigen::Vector3f comSum = Eigen::Vector3f::Constant(nan_f);
-    std::vector<OX::Math::Transform> poses(17);
     depth_first_traversal<JcalcPosVisitor, norvaX3>::run(robot, s.q);
     kinetra::fwd_kin_iX1<norvaX3>::run(robot, iX1.data(), J, comSum);
     lumo::invToOXMath(iX1[3], poses[16]);
     lumo::fwd_kin_H01_from_iX1<norvaX3>::run(robot, iX1.data(), poses);
+  }
 
-    const oracle::WholeRobot expected(s.q);
-    const auto inWorld = [&](std::size_t i) { return lumo::toMatrix(poses[i]); };
-    Eigen::Array3f inOrder = norvaX3::inertias[0].h;
-    for (std::size_t i = 0; i < 16; ++i) {
-      SCOPED_TRACE(i);
-      const auto E = iX1[i].E.matrix();
-      Eigen::Matrix<float, 3, 4> inRoot;
-      inRoot << E.transpose(), iX1[i].r;
-      EXPECT_TRUE(near(inRoot, expected.poseInRoot(static_cast<int>(i)), 4));
-      EXPECT_TRUE(near(inWorld(i), expected.poseInWorld(static_cast<int>(i)), 6));
-      EXPECT_TRUE(i < 2 || i == 10 || identical(E.col(2), E.col(0).cross(E.col(1))));
-      EXPECT_TRUE(i != 3 || identical(inWorld(16), inRoot)) << "there is no pose 16";
-      if (i == 0) continue;
-      // The order in which these are rounded is promised.
-      const Eigen::Array3f x = E.row(0), y = E.row(1), z = E.row(2), r = iX1[i].r;
-      const Eigen::Array3f a = (E.col(0).array() * r[0] + E.col(1).array() * r[1]) + E.col(2).array() * r[2];
-      const auto column = J.col(norvaX3::dof_indexes[i]);
-      EXPECT_TRUE(identical(column.head<3>(), z.matrix()));
-      EXPECT_TRUE(identical(column.tail<3>(), (x * a[1] - y * a[0]).matrix()));
-      const auto& [m, h, I] = norvaX3::inertias[i];
-      inOrder += (((x * (h[0] / m) + y * (h[1] / m)) + z * (h[2] / m)) + r) * m;
-    }
-    EXPECT_TRUE(identical(comSum, inOrder.matrix()));
-    EXPECT_TRUE(J.leftCols(6).array().isNaN().all());
-    J.leftCols(6).setZero();
-    EXPECT_TRUE(near(J, expected.jacobianInRoot(), 12));
-    EXPECT_TRUE(near(comSum, expected.firstMomentInRoot(), 4));
+  Eigen::Matrix<float, 3, 4> poseInRoot(std::size_t i) const {
+    return (Eigen::Matrix<float, 3, 4>() << iX1[i].E.matrix().transpose(), iX1[i].r).finished();
+  }
+  Eigen::Vector3f comSumWithout(int body) {
+    Eigen::Vector3f sum = Eigen::Vector3f::Constant(nan_f);
+    kinetra::partial_com<norvaX3>::run(robot, iX1.data(), body, sum);
+    return sum;
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Seed, Kinematics, testing::Range(1U, 5U));
 
-    const auto comSumWithout = [&](int body) {
-      Eigen::Vector3f sum = Eigen::Vector3f::Constant(nan_f);
-      kinetra::partial_com<norvaX3>::run(robot, iX1.data(), body, sum);
-      return sum;
-    };
-    for (int body = -1; body < 17; ++body) {
-      const auto sum = comSumWithout(body);
-      EXPECT_TRUE(body < 1 || body > 15 ? identical(sum, comSum) : near(sum, expected.firstMomentInRoot(body), 4))
-          << body;
-    }
-    norvaX3::inertias[5] = kinetra::Spatial::Inertia::zero();  // its own centre of mass is no number
-    EXPECT_TRUE(near(comSumWithout(5), expected.firstMomentInRoot(5), 4));
+TEST_P(Kinematics, PosesAgreeWithGeometry) {
+  for (int i = 0; i < 16; ++i) {
+    const auto b = static_cast<std::size_t>(i);
+    EXPECT_TRUE(near(poseInRoot(b), expected.poseInRoot(i), 4)) << "body " << i;
+    EXPECT_TRUE(near(poses[b], expected.poseInWorld(i), 6)) << "body " << i;
+  }
+  EXPECT_TRUE(identical(poses[16], poseInRoot(3))) << "what stands behind the bodies' poses is left alone";
+}
+
+TEST_P(Kinematics, TheThirdAxisOfAProductOfRotationsIsTheCrossProductOfTheOthers) {
+  for (const std::size_t i : {2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 14, 15}) {
+    const auto E = iX1[i].E.matrix();
+    EXPECT_TRUE(identical(E.col(2), E.col(0).cross(E.col(1)))) << "body " << i;
   }
 }
 
-TEST(Dynamics, AgreesWithNewtonAndEuler) {
-  for (unsigned seed = 1; seed <= 4; ++seed) {
-    const Scenario s(seed);
-    norvaX3 robot;
+TEST_P(Kinematics, JacobianAgreesWithGeometryAndLeavesTheRootsColumnsAlone) {
+  EXPECT_TRUE(J.leftCols(6).array().isNaN().all());
+  J.leftCols(6).setZero();
+  EXPECT_TRUE(near(J, expected.jacobianInRoot(), 12));
+}
+
+TEST_P(Kinematics, JacobianIsRoundedInTheOrderThatIsPromised) {
+  for (std::size_t i = 1; i < 16; ++i) {
+    const auto E = iX1[i].E.matrix();
+    const Eigen::Array3f x = E.row(0), y = E.row(1), z = E.row(2), r = iX1[i].r;
+    const Eigen::Array3f a = (E.col(0).array() * r[0] + E.col(1).array() * r[1]) + E.col(2).array() * r[2];
+    const auto column = J.col(norvaX3::dof_indexes[i]);
+    EXPECT_TRUE(identical(column.head<3>(), z)) << "body " << i;
+    EXPECT_TRUE(identical(column.tail<3>(), x * a[1] - y * a[0])) << "body " << i;
+  }
+}
+
+TEST_P(Kinematics, FirstMomentAgreesWithGeometry) { EXPECT_TRUE(near(comSum, expected.firstMomentInRoot(), 4)); }
+
+TEST_P(Kinematics, FirstMomentIsRoundedInTheOrderThatIsPromised) {
+  Eigen::Array3f inOrder = norvaX3::inertias[0].h;
+  for (std::size_t i = 1; i < 16; ++i) {
+    const auto E = iX1[i].E.matrix();
+    const Eigen::Array3f x = E.row(0), y = E.row(1), z = E.row(2), r = iX1[i].r;
+    const auto& [m, h, I] = norvaX3::inertias[i];
+    inOrder += (((x * (h[0] / m) + y * (h[1] / m)) + z * (h[2] / m)) + r) * m;
+  }
+  EXPECT_TRUE(identical(comSum, inOrder));
+}
+
+TEST_P(Kinematics, FirstMomentLeavesOutOneBodyAndNotTheOnesThatHangFromIt) {
+  for (int body = 1; body < 16; ++body) {
+    EXPECT_TRUE(near(comSumWithout(body), expected.firstMomentInRoot(body), 4)) << "without body " << body;
+  }
+  for (const int none : {-1, 0, 16}) EXPECT_TRUE(identical(comSumWithout(none), comSum)) << "without body " << none;
+}
+
+TEST_P(Kinematics, FirstMomentWithoutABodyOfNoMassIsFinite) {
+  norvaX3::inertias[5] = kinetra::Spatial::Inertia::zero();
+  EXPECT_TRUE(near(comSumWithout(5), expected.firstMomentInRoot(5), 4));
+}
+
+/// A robot whose joint passes have run, and what the laws of Newton and Euler say of it.
+struct Dynamics : testing::TestWithParam<unsigned> {
+  static constexpr float untouched = -7.0F;
+
+  const Scenario s{GetParam()};
+  const oracle::WholeRobot whole{s.q, s.dq, s.ddq, s.fext.data()};
+  norvaX3 robot;
+
+  Dynamics() {
     // Velocities are those of the last joint pass with velocities, positions those of the last of any kind.
     depth_first_traversal<JcalcVisitor, norvaX3>::run(robot, s.ddq, s.dq);
     depth_first_traversal<JcalcPosVisitor, norvaX3>::run(robot, s.q);
-    const oracle::WholeRobot whole(s.q, s.dq, s.ddq, s.fext.data());
-
-    Matrix21 partial;
-    // Entries that couple two branches are not written.
-    const Eigen::Array<bool, 21, 21> apart = whole.massMatrix().magnitude.array() == 0.0;
-    for (const int excluded : {0, 7, 9, 12, 16}) {
-      oracle::Estimate expected = whole.massMatrix(excluded);
-      expected.value = apart.select(-7.0, expected.value);
-      spoil(robot);
-      partial.setConstant(-7.0F);
-      kinetra::partial_crba<norvaX3>::run(robot, partial, excluded);
-      EXPECT_TRUE(near(partial, expected, 10)) << excluded;
-      EXPECT_TRUE(identical(partial, partial.transpose()));
-    }
     spoil(robot);
-    Eigen::MatrixXf large = Eigen::MatrixXf::Constant(30, 25, -7.0F);
+  }
+
+  /// The true mass matrix; entries that couple two branches are not written.
+  oracle::Estimate massMatrix(int excluded) const {
+    oracle::Estimate H = whole.massMatrix(excluded);
+    const Eigen::Array<bool, 21, 21> apart = whole.massMatrix().magnitude.array() == 0.0;
+    H.value = apart.select(static_cast<double>(untouched), H.value);
+    return H;
+  }
+  Eigen::MatrixXf partialCrba(int excluded) {
+    Eigen::MatrixXf H = Eigen::MatrixXf::Constant(21, 21, untouched);
+    kinetra::partial_crba<norvaX3>::run(robot, H, excluded);
+    return H;
+  }
+  Eigen::MatrixXf crba() {
+    Eigen::MatrixXf large = Eigen::MatrixXf::Constant(30, 25, untouched);
     auto H = large.block(2, 3, 21, 21);
     kinetra::crba<norvaX3, false>::run(robot, H);
-    EXPECT_TRUE(identical(H, partial));
-    EXPECT_EQ(H(12, 12), norvaX3::inertias[7].I[5]);
-    forEachNode(robot, [&](const auto& n) {  // F has come to the root, whose S only swaps its halves
-      const auto couplings = H.block(0, n.dof_index, 6, n.dof_number);
-      EXPECT_TRUE(identical(n.F.topRows(3), couplings.bottomRows(3))) << n.id;
-      EXPECT_TRUE(identical(n.F.bottomRows(3), couplings.topRows(3))) << n.id;
-    });
-
-    const auto inverseDynamics = [&](const Vector21& ddq) {
-      spoil(robot);
-      Vector21 torques = Vector21::Constant(nan_f);
-      kinetra::rnea<norvaX3, false>::run(robot, ddq, s.fext.data(), torques);
-      return torques;
-    };
-    const Vector21 torques = inverseDynamics(s.ddq), bias = inverseDynamics(Vector21::Zero());
-    EXPECT_TRUE(near(torques, whole.torques(), 4));
-    const Vector6f a0 = kinetra::node<0>(robot).body.ai, c0 = s.dq.tail<6>();  // the bias of an imagined joint
-    kinetra::node<0>(robot).joint.cj = kinetra::Spatial::Motion(c0);
-    inverseDynamics(Vector21::Zero());
-    EXPECT_TRUE(near(kinetra::node<0>(robot).body.ai.linear() - a0.tail<3>(), c0.tail<3>().cast<double>(), 4e-6));
-    const Vector21 inertial = (H.array() == -7.0F).select(0.0F, H) * s.ddq;
-    EXPECT_TRUE(near(torques - bias, oracle::Estimate{inertial.cast<double>(), whole.torques().magnitude}, 4));
+    return H;
   }
+  Vector21 rnea(const Vector21& ddq) {
+    Vector21 torques = Vector21::Constant(nan_f);
+    kinetra::rnea<norvaX3, false>::run(robot, ddq, s.fext.data(), torques);
+    return torques;
+  }
+};
+INSTANTIATE_TEST_SUITE_P(Seed, Dynamics, testing::Range(1U, 5U));
+
+TEST_P(Dynamics, MassMatrixWithoutABodyAgreesWithNewtonAndEuler) {
+  for (const int excluded : {0, 7, 9, 12, 16}) {
+    EXPECT_TRUE(near(partialCrba(excluded), massMatrix(excluded), 10)) << "without body " << excluded;
+  }
+}
+
+TEST_P(Dynamics, MassMatrixIsSymmetricToTheBit) {
+  const Eigen::MatrixXf H = partialCrba(9);
+  EXPECT_TRUE(identical(H, H.transpose()));
+}
+
+TEST_P(Dynamics, MassMatrixIsThatWithoutNoBody) { EXPECT_TRUE(identical(crba(), partialCrba(16))); }
+
+TEST_P(Dynamics, MassMatrixOfALastJointIsItsBodysInertia) {
+  EXPECT_TRUE(identical(crba()(12, 12), norvaX3::inertias[7].I[5]));
+}
+
+TEST_P(Dynamics, MassMatrixLeavesItsForcesAtTheRoot) {
+  const Eigen::MatrixXf H = crba();
+  forEachNode(robot, [&H](const auto& n) {  // where S only swaps their halves
+    const auto couplings = H.block(0, n.dof_index, 6, n.dof_number);
+    EXPECT_TRUE(identical(n.F.topRows(3), couplings.bottomRows(3))) << "node " << n.id;
+    EXPECT_TRUE(identical(n.F.bottomRows(3), couplings.topRows(3))) << "node " << n.id;
+  });
+}
+
+TEST_P(Dynamics, TorquesAgreeWithNewtonAndEuler) { EXPECT_TRUE(near(rnea(s.ddq), whole.torques(), 4)); }
+
+TEST_P(Dynamics, AccelerationsTakeTheirTorquesThroughTheMassMatrix) {
+  const Eigen::MatrixXf H = crba();
+  const Vector21 inertial = (H.array() == untouched).select(0.0F, H) * s.ddq;
+  const Vector21 added = rnea(s.ddq) - rnea(Vector21::Zero());
+  EXPECT_TRUE(near(added, oracle::Estimate{inertial.cast<double>(), whole.torques().magnitude}, 4));
+}
+
+TEST_P(Dynamics, AJointsBiasIsAddedToTheAccelerationOfItsBody) {
+  rnea(Vector21::Zero());
+  auto& root = kinetra::node<0>(robot);
+  const Vector6f without = root.body.ai, bias = s.dq.tail<6>();  // of an imagined joint
+  root.joint.cj = kinetra::Spatial::Motion(bias);
+  rnea(Vector21::Zero());
+  EXPECT_TRUE(near(Vector6f(root.body.ai) - without, bias, 4e-6));
 }
 
 }  // namespace

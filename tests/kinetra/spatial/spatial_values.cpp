@@ -42,35 +42,61 @@ TransformT<Rotation> make(Random& random) {
   }
 }
 
-TEST(Rotations, KeepTheirPromisesToTheBit) {
+TEST(Rotations, StartAsZeroAndNotTheIdentity) {
   EXPECT_TRUE(identical(RotationMatrix().matrix(), Eigen::Matrix3f::Zero()));
-  EXPECT_TRUE(RotationMatrixAboutZ().c() == 0.0F && RotationMatrixAboutZ().s() == 0.0F);
-  EXPECT_EQ(RotationMatrixAboutZ(1.57079637F).c(), -4.371139e-8F);  // the cosine of this float, not of pi / 2
-  Random random(1);
-  Eigen::Matrix3f B = random.matrix<3, 3>();  // far from orthonormal
+  EXPECT_TRUE(identical(RotationMatrixAboutZ().c(), 0.0F));
+  EXPECT_TRUE(identical(RotationMatrixAboutZ().s(), 0.0F));
+}
+
+TEST(Rotations, CosineIsThatOfTheFloatAndNotOfARightAngle) {
+  EXPECT_TRUE(identical(RotationMatrixAboutZ(1.57079637F).c(), -4.371139e-8F));
+}
+
+TEST(Rotations, ARotationAboutZCopiesTheThirdRow) {
+  Eigen::Matrix3f B = Random(1).matrix<3, 3>();
   B(2, 1) = -0.0F;
   EXPECT_TRUE(identical((RotationMatrixAboutZ(2.0F) * RotationMatrix(B)).matrix().row(2), B.row(2)));
+}
 
-  const Eigen::Matrix3f A = random.rotation(), AB = (RotationMatrix(A) * RotationMatrix(B)).matrix();
-  EXPECT_TRUE(identical(AB.col(2), AB.col(0).cross(AB.col(1))));  // and not the product's
+TEST(Rotations, TheThirdColumnOfAProductIsTheCrossProductOfTheOthers) {
+  Random random(1);
+  const RotationMatrix A(random.rotation()), B(random.matrix<3, 3>());  // B far from orthonormal
+  const Eigen::Matrix3f AB = (A * B).matrix();
+  EXPECT_TRUE(identical(AB.col(2), AB.col(0).cross(AB.col(1))));
+}
 
-  const RotationMatrixIdentity third(1.0F / 3.0F);  // scales a rotation left of it and nothing else
+TEST(Rotations, AnIdentityScalesTheRotationLeftOfItAndNothingElse) {
+  const RotationMatrixIdentity third(1.0F / 3.0F);
+  const Eigen::Matrix3f B = Random(1).matrix<3, 3>();
   EXPECT_TRUE(identical((RotationMatrix(B) * third).matrix(), B * third.k()));
   const auto X = TransformT<RotationMatrixAboutZ>({0.7F, 0.4F}, {4.0F, 5.0F, 6.0F}) *
                  TransformT<RotationMatrixIdentity>(third, {1.0F, 2.0F, 3.0F});
-  EXPECT_TRUE(X.E.c() == 0.7F * third.k() && X.E.s() == 0.4F * third.k());
+  EXPECT_TRUE(identical(X.E.c(), 0.7F * third.k()));
+  EXPECT_TRUE(identical(X.E.s(), 0.4F * third.k()));
   EXPECT_TRUE(identical(X.r, Eigen::Vector3f(5.0F, 7.0F, 9.0F)));
 }
 
-TEST(MotionAndForce, AddAndCross) {
+TEST(MotionAndForce, HoldTheAngularPartFirst) {
+  const Vector6f a = Random(1).matrix<6>();
+  EXPECT_TRUE(identical(Motion(a).angular(), a.head<3>()));
+  EXPECT_TRUE(identical(Force(a).couple(), a.head<3>()));
+  EXPECT_TRUE(identical(Vector6f(Motion(a)), a));
+  EXPECT_TRUE(identical(Vector6f(Force(a)), a));
+}
+
+TEST(MotionAndForce, AddEntryByEntry) {
   Random random(1);
   const Vector6f a = random.matrix<6>(), b = random.matrix<6>();
-  EXPECT_TRUE(identical(Motion(a).angular(), a.head<3>()) && identical(Force(a).couple(), a.head<3>()));
-  EXPECT_TRUE(identical(Vector6f(Motion(a)), a) && identical(Vector6f(Force(a)), a));
-  EXPECT_TRUE(identical(Vector6f(Motion(a) + Motion(b)), a + b) && identical(Vector6f(Motion(a) + b), a + b));
-  EXPECT_TRUE(identical(Vector6f(Motion(a) - Motion(b)), a - b) && identical(Vector6f(Force(a) - Force(b)), a - b));
+  EXPECT_TRUE(identical(Vector6f(Motion(a) + Motion(b)), a + b));
+  EXPECT_TRUE(identical(Vector6f(Motion(a) + b), a + b));
+  EXPECT_TRUE(identical(Vector6f(Motion(a) - Motion(b)), a - b));
   EXPECT_TRUE(identical(Vector6f(Force(a) + Force(b)), a + b));
+  EXPECT_TRUE(identical(Vector6f(Force(a) - Force(b)), a - b));
+}
 
+TEST(MotionAndForce, CrossAsTheirMatrices) {
+  Random random(1);
+  const Vector6f a = random.matrix<6>(), b = random.matrix<6>();
   const Eigen::Matrix3d w = skew(a.head<3>()), v = skew(a.tail<3>());
   const Matrix6d cross = (Matrix6d() << w, Eigen::Matrix3d::Zero(), v, w).finished();
   EXPECT_TRUE(near(Vector6f(crm(Motion(a), Motion(b))), cross * b.cast<double>(), tolerance));
@@ -82,7 +108,7 @@ struct Transforms : testing::Test {};
 using Kinds = testing::Types<RotationMatrix, RotationMatrixAboutZ, RotationMatrixIdentity>;
 TYPED_TEST_SUITE(Transforms, Kinds);
 
-TYPED_TEST(Transforms, ActAsTheirMatrices) {
+TYPED_TEST(Transforms, ActOnMotionsAndForcesAsTheirMatrices) {
   Random random(2);
   const auto X = make<TypeParam>(random);
   const Matrix6d M = onMotions(X), F = M.inverse().transpose();  // power is the same in every frame
@@ -92,17 +118,31 @@ TYPED_TEST(Transforms, ActAsTheirMatrices) {
   EXPECT_TRUE(near(Vector6f(X.apply(Force(x))), F * x_d, tolerance));
   EXPECT_TRUE(near(Vector6f(X.applyInv(Motion(x))), M.inverse() * x_d, tolerance));
   EXPECT_TRUE(near(Vector6f(X.applyInv(Force(x))), F.inverse() * x_d, tolerance));
-  Eigen::Matrix<float, 6, 2> columns = random.matrix<6, 2>();
-  const Eigen::Matrix<double, 6, 2> expected = F.inverse() * columns.cast<double>();
-  EXPECT_TRUE(near(X.applyInv(Eigen::Matrix<float, 6, Eigen::Dynamic>(columns)), expected, tolerance));
-  columns = X.applyInv(columns);  // in place
-  EXPECT_TRUE(near(columns, expected, tolerance));
-  const Inertia body = random.inertia();
-  EXPECT_TRUE(near(matrix(X.applyInv(body)), M.transpose() * matrix(body) * M, 4 * tolerance));
+}
 
+TYPED_TEST(Transforms, MoveColumnsOfForcesAlsoInPlace) {
+  Random random(2);
+  const auto X = make<TypeParam>(random);
+  Eigen::Matrix<float, 6, 2> columns = random.matrix<6, 2>();
+  const Eigen::Matrix<double, 6, 2> expected = onMotions(X).transpose() * columns.cast<double>();
+  EXPECT_TRUE(near(X.applyInv(Eigen::Matrix<float, 6, Eigen::Dynamic>(columns)), expected, tolerance));
+  columns = X.applyInv(columns);
+  EXPECT_TRUE(near(columns, expected, tolerance));
+}
+
+TYPED_TEST(Transforms, MoveInertiasAsTheirMatrices) {
+  Random random(2);
+  const auto X = make<TypeParam>(random);
+  const Inertia body = random.inertia();
+  EXPECT_TRUE(near(matrix(X.applyInv(body)), onMotions(X).transpose() * matrix(body) * onMotions(X), 4 * tolerance));
+}
+
+TYPED_TEST(Transforms, MovePointsThereAndBack) {
+  Random random(2);
+  const auto X = make<TypeParam>(random);
   const Eigen::Vector3f p = random.matrix<3>(), p_new = X.E.matrix() * (p - X.r);
-  EXPECT_TRUE(near(Eigen::Vector3f(X.applyToPoint(p)), p_new.cast<double>(), tolerance));
-  EXPECT_TRUE(near(Eigen::Vector3f(X.applyInvToPoint(p_new)), p.cast<double>(), tolerance));
+  EXPECT_TRUE(near(X.applyToPoint(p), p_new, tolerance));
+  EXPECT_TRUE(near(X.applyInvToPoint(p_new), p, tolerance));
 }
 
 TEST(TransformProducts, ApplyTheRightFactorFirst) {
@@ -122,34 +162,47 @@ TEST(Inertias, ActAsTheirMatrixAndAdd) {
   const Vector6f v = random.matrix<6>();
   EXPECT_TRUE(near(Vector6f(a * Motion(v)), matrix(a) * v.cast<double>(), tolerance));
   EXPECT_TRUE(near(matrix(a + b), matrix(a) + matrix(b), tolerance));
-
-  // The products of a motion subspace select entries, so nothing is rounded.
-  const auto expectSubspace = [&](const auto& S, const auto& expected) {
-    const Vector6f f = random.matrix<6>();
-    const auto rates = random.matrix<std::decay_t<decltype(S)>::dof_number>();
-    EXPECT_TRUE(near(S.matrix(), expected, 0.0));
-    EXPECT_TRUE(near(a * S, matrix(a) * expected, 0.0));
-    EXPECT_TRUE(near(S * rates, expected * rates.template cast<double>(), 0.0));
-    EXPECT_TRUE(near(S.transposeTimes(Force(f)), expected.transpose() * f.cast<double>(), 0.0));
-  };
-  const Matrix6d unit = Matrix6d::Identity();
-  expectSubspace(ConstraintMotionFreeFlyerBody(), (Matrix6d() << unit.bottomRows<3>(), unit.topRows<3>()).finished());
-  expectSubspace(ConstraintMotionAboutZ(), unit.col(2).eval());
 }
 
-TEST(FreeFlyerSubspace, GivesTheBitsOfTheFullProduct) {
-  const ConstraintMotionFreeFlyerBody S;
-  // Any NaN is as good as another.
-  const auto number = [](const Vector6f& x) { return x.array().isNaN().select(7.0F, x).matrix().eval(); };
+template <typename Subspace>
+struct Subspaces : testing::Test {};
+using SubspaceKinds = testing::Types<ConstraintMotionFreeFlyerBody, ConstraintMotionAboutZ>;
+TYPED_TEST_SUITE(Subspaces, SubspaceKinds);
+
+TYPED_TEST(Subspaces, SelectEntriesWithoutRounding) {
+  Random random(5);
+  const TypeParam S;
+  const Matrix6d unit = Matrix6d::Identity();
+  Eigen::MatrixXd expected = unit.col(2);
+  if (S.dof_number == 6) expected = (Matrix6d() << unit.bottomRows<3>(), unit.topRows<3>()).finished();
+  const Inertia a = random.inertia();
+  const Vector6f f = random.matrix<6>();
+  const auto rates = random.matrix<TypeParam::dof_number>();
+  EXPECT_TRUE(near(S.matrix(), expected, 0.0));
+  EXPECT_TRUE(near(a * S, matrix(a) * expected, 0.0));
+  EXPECT_TRUE(near(S * rates, expected * rates.template cast<double>(), 0.0));
+  EXPECT_TRUE(near(S.transposeTimes(Force(f)), expected.transpose() * f.cast<double>(), 0.0));
+}
+
+/// The full product, summed in order. Any NaN is as good as another, so it becomes a number.
+Eigen::VectorXf product(const Eigen::MatrixXf& A, const Eigen::VectorXf& x) {
+  Eigen::VectorXf sum = A.col(0) * x[0];
+  for (Eigen::Index j = 1; j < A.cols(); ++j) sum += A.col(j) * x[j];
+  return sum.array().isNaN().select(7.0F, sum);
+}
+
+TYPED_TEST(Subspaces, GiveTheBitsOfTheFullProductForZerosAndInfinities) {
+  constexpr int n = TypeParam::dof_number;
+  const TypeParam S;
+  const auto number = [](const auto& x) { return x.array().isNaN().select(7.0F, x).eval(); };
   for (const float others : {0.0F, -0.0F, -2.0F}) {
     for (const float one : {0.0F, -0.0F, 3.0F, HUGE_VALF}) {
       for (int k = 0; k < 6; ++k) {
         Vector6f x = Vector6f::Constant(others);
         x[k] = one;
-        Vector6f expected = S.matrix().col(0) * x[0];
-        for (int j = 1; j < 6; ++j) expected += S.matrix().col(j) * x[j];
-        EXPECT_TRUE(identical(number(S.transposeTimes(Force(x))), number(expected))) << x.transpose();
-        EXPECT_TRUE(identical(number(S * x), number(expected))) << x.transpose();
+        const Eigen::Matrix<float, n, 1> rates = x.head<n>(), projected = S.transposeTimes(Force(x));
+        EXPECT_TRUE(identical(number(projected), product(S.matrix().transpose(), x))) << "S'f, f = " << x.transpose();
+        EXPECT_TRUE(identical(number(S * rates), product(S.matrix(), rates))) << "S a, a = " << rates.transpose();
       }
     }
   }

@@ -1,0 +1,36 @@
+#include <gtest/gtest.h>
+
+#include <tools/accuracy/Errors.hpp>
+
+namespace {
+
+using Eigen::Vector2f;
+
+/// Whether errors of results whose true values are 1 and 0, both of magnitude 1, are as stated: one float epsilon.
+bool areAsStated(const Vector2f& result) {
+  oracle::Errors errors("a kind", 1.0);
+  errors.add(result, {Eigen::Vector2d(1.0, 0.0), Eigen::Vector2d::Ones()});
+  return errors.isAsStated();
+}
+
+TEST(AccuracyCheck, TakesErrorsBetweenAQuarterAndTwiceTheOneStated) {
+  EXPECT_TRUE(areAsStated({1.0F, 0x1p-23F}));
+  EXPECT_TRUE(areAsStated({1.0F, -0x1p-25F}));
+  EXPECT_FALSE(areAsStated({1.0F, 0x1p-26F}));
+  EXPECT_FALSE(areAsStated({1.0F, 0x1p-21F}));
+}
+
+TEST(AccuracyCheck, FailsForWhatIsNotANumberWhateverFollows) {
+  EXPECT_FALSE(areAsStated({std::nanf(""), 0x1p-23F}));
+  EXPECT_FALSE(areAsStated({1.0F, std::nanf("")}));
+}
+
+TEST(AccuracyCheck, FailsForAKindThatIsNeverCompared) { EXPECT_FALSE(oracle::Errors("a kind", 1.0).isAsStated()); }
+
+TEST(AccuracyCheck, FailsForAnEntryThatMustBeZeroAndIsNot) {
+  oracle::Errors errors("a kind", 1.0);
+  errors.add(Vector2f(0x1p-23F, 1e-20F), {Eigen::Vector2d::Zero(), Eigen::Vector2d(1.0, 0.0)});
+  EXPECT_FALSE(errors.isAsStated());
+}
+
+}  // namespace
