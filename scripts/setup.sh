@@ -8,7 +8,7 @@ trap '(( $? == 0 )) || echo "$(basename "$0") failed while $step." >&2' EXIT
 # missing.
 install_missing() {
   local packages=(g++ cmake ninja-build binutils libeigen3-dev libboost-dev libgtest-dev libfmt-dev libcli11-dev
-    nlohmann-json3-dev "$@")
+    nlohmann-json3-dev libmpfr-dev "$@")
   [[ ${CXX:-} != *clang* ]] || packages+=(clang libclang-rt-14-dev)
 
   step="looking for installed packages"
