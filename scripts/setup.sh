@@ -20,7 +20,7 @@ documented_commands() { awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]
 # missing.
 install_missing() {
   local packages=(g++ cmake ninja-build make binutils help2man libeigen3-dev libboost-dev libgtest-dev libfmt-dev
-    libcli11-dev nlohmann-json3-dev "$@")
+    libcli11-dev libmpfr-dev nlohmann-json3-dev "$@")
   [[ ${CXX:-} != *clang* ]] || packages+=(clang libclang-rt-14-dev)
 
   step="looking for installed packages"

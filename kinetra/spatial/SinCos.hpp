@@ -2,25 +2,25 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 
-// Sines and cosines of floats: for every float the floats nearest to the true values, the same on every processor,
-// because they are made of IEEE 754 sums and products alone. Below 2^17 rad:
+// Sines and cosines of floats: for every float the floats nearest to the true values, and the same on every processor,
+// because they are made of sums and products of IEEE 754 alone. For an angle x below 2^17 rad:
 //
-// 1. Reduction. |x| = k pi/2 + r, where k is |x| 2/pi, rounded. k is found in single precision, which puts it 0.0084
-// too
-//    far at most, so that |r| < 0.8. pi/2 is P1 + P2, to 2^-92. P1 has 36 bits and k has 17, so that k P1 and |x| - k
-//    P1 are exact. k P2 is rounded, by 2^-76 at most, and so is r, by 2^-53 |r|. No |r| but zero's is below 2^-28.
-// 2. Polynomials in double precision, sin r = r + s and cos r = (1 - h) + c. That of the sine is off by 2^-54.7 |r| at
-//    most, that of the cosine by 2^-60. With all that is rounded, the sine is off by less than 2^-51.5 |r| + 2^-75 and
-//    the cosine by less than 2^-52.
-// 3. One rounding to single precision. Then k mod 4 tells which of the two is the sine of x, and their signs.
+// 1. Reduction, |x| = k pi/2 + r. k is |x| 2/pi, rounded; single precision finds it well enough for |r| < 0.8. pi/2 is
+//    P1 + P2 to within 2^-92. P1 has 36 bits and k has 17, so that k P1 and |x| - k P1 are exact. The errors of k P2
+//    are below 2^-74 together; where k is not 0, |r| is above 2^-28. Then r is rounded, by 2^-53 |r| at most.
+// 2. Polynomials in double precision: sin r = r + s and cos r = (1 - h) + c. Their own errors are below 2^-54.7 |r| for
+//    the sine and 2^-60 for the cosine. With all that is rounded, the sine is off by less than 2^-51.5 |r| + 2^-74 and
+//    the cosine by less than 2^-52 + 2^-74.
+// 3. One rounding to single precision. k mod 4 tells which of the two is the sine of x, and their signs.
 //
-// So the floats are right unless a true value is within that error of the middle of two floats. Few of the 2^32 floats
-// have such a value, and the program lumo-sines tries all of them. One is hard: the double nearest to the sine of
-// 9830.39844 is itself the middle of two floats, and is rounded to the wrong one. The sine's polynomial is therefore
-// fitted to a wider interval than it is used in, which moves this sine to the next double, on the right side.
+// So a result is right unless the true value is within that error of the middle of two floats. That happens to a few
+// of the 2^32 floats, and lumo-sines, which tries all of them, finds all results right. The hardest is the sine of
+// 9830.39844: the double nearest to it is the middle of two floats itself, and would be rounded to the wrong one. The
+// polynomials are fitted to a wider interval than they are used in, which here yields the double on the right side.
 
 namespace kinetra::Spatial {
 
@@ -30,8 +30,9 @@ struct SinCos {
   float c;
 
   /// s and c are left unset.
-  // cppcheck-suppress uninitMemberVar ; on purpose: whole registers are stored into arrays
+  // cppcheck-suppress uninitMemberVar ; on purpose: sinCos fills whole arrays
   SinCos() = default;
+  SinCos(float sine, float cosine) : s(sine), c(cosine) {}
   explicit SinCos(float angle);
 };
 
@@ -40,7 +41,7 @@ namespace sines {
 using Float4 = float __attribute__((vector_size(16)));
 using Bits4 = std::uint32_t __attribute__((vector_size(16)));
 using Double2 = double __attribute__((vector_size(16)));
-using Double4 = double __attribute__((vector_size(32)));  // two registers; in conversions only
+using Double4 = double __attribute__((vector_size(32)));  // two registers
 
 template <typename Real>
 struct Parts {
@@ -75,28 +76,87 @@ inline void turn(Float4& s, Float4& c, Bits4 k, Bits4 signs) {
   c = reinterpret_cast<Float4>((cosine ^ (((k + 1U) << 30U) & signBit)) ^ swap);
 }
 
-SinCos ofBigAngle(float x);
-void oneByOne(const float* angles, int n, SinCos* results);
+/// The float nearest to a + b, where |a| >= |b|. A rounded sum is given an odd last bit, on the side where the true sum
+/// is, so that it never is the middle of two floats.
+inline float roundedSum(double a, double b) {
+  double sum = a + b;
+  const double rest = b - (sum - a);
+  std::uint64_t bits;
+  std::memcpy(&bits, &sum, sizeof bits);
+  if (rest != 0.0 && bits % 2 == 0) (rest > 0.0) == (sum > 0.0) ? ++bits : --bits;
+  std::memcpy(&sum, &bits, sizeof sum);
+  return static_cast<float>(sum);
+}
+
+/// For angles of 2^17 rad or more: takes k and r from the bits of 2/pi. |x| is m 2^e with a whole number m below 2^24.
+/// All bits of 2/pi that stand for multiples of 2^(2-e) only add whole turns. The next 96 give k mod 4 and, within
+/// 2^-70, the fraction r 2/pi; |r| is above 2^-30.
+[[gnu::noinline]] inline SinCos ofBigAngle(float x) {
+  static constexpr std::uint64_t twoByPi[] = {0,  // before the point, then 256 bits behind it
+                                              0xa2f9836e4e441529U, 0xfc2757d1f534ddc0U,  //
+                                              0xdb6295993c439041U, 0xfe5163abdebbc561U};
+  std::uint32_t bits;
+  std::memcpy(&bits, &x, sizeof bits);
+  const std::uint32_t exponent = (bits >> 23U) & 0xffU;  // e + 150
+  const std::uint64_t m = (bits & 0x7fffffU) | 0x800000U;
+  const std::uint32_t first = exponent - 88;  // of the table's bits, the first that counts
+  const auto word = [first](std::uint32_t i) {
+    const std::uint64_t* at = twoByPi + first / 64 + i;
+    return (at[0] << first % 64) | (at[1] >> 1U >> (63 - first % 64));
+  };
+  const std::uint64_t low = m * (word(1) >> 32U);
+  const std::uint64_t high = m * word(0) + (low >> 32U);
+  const auto k = static_cast<std::uint32_t>((high + (1ULL << 61U)) >> 62U);
+
+  // The fraction is (a + b) 2^-32, with a whole number a from -2^31 to 2^31 and b from 0 to 1. Because a P1 is exact, r
+  // is rounded but once.
+  const auto a = static_cast<double>(static_cast<std::int32_t>(static_cast<std::uint32_t>(high >> 30U)));
+  const auto b = static_cast<double>((high << 34U) | ((low & 0xffffffffU) << 2U)) * 0x1p-64;
+  constexpr double P1 = 0x1.921fbp-32;
+  constexpr double P2 = 0x1.5110b4611a626p-54;
+  const double r = a * P1 + (a * P2 + b * (P1 + P2));
+
+  const auto [s, c, h] = parts(r);
+  Float4 sine = {roundedSum(r, s)};
+  Float4 cosine = {roundedSum(1.0, c - h)};
+  turn(sine, cosine, Bits4{k}, Bits4{bits & 0x80000000U});
+  return {sine[0], cosine[0]};
+}
+
+/// The same as sinCos, for angles of any size.
+[[gnu::noinline]] inline void oneByOne(const float* angles, int n, SinCos* results) {
+  for (int i = 0; i < n; ++i) {
+    const float x = angles[i];
+    const float magnitude = std::abs(x);
+    if (magnitude < 0x1p17F) {
+      results[i] = SinCos(x);
+    } else if (magnitude < HUGE_VALF) {
+      results[i] = ofBigAngle(x);
+    } else {
+      results[i] = {x - x, x - x};  // not a number
+    }
+  }
+}
 
 }  // namespace sines
 
-/// The sines and cosines of n angles that stand side by side; n is at most 4, or even. The work is the same for all
-/// angles below 2^17 rad (131072); one beyond sends all n another way, which takes some 20 ns more for each such angle.
+/// The sines and cosines of n angles that stand side by side; n is 1, 3 or an even number from 4 on. The work is the
+/// same for all angles below 2^17 rad (131072). One that is not, or is NaN, sends all n another way, one by one.
 template <int n>
 std::array<SinCos, n> sinCos(const float* angles) {
   using namespace sines;
-  static_assert(0 < n && (n <= 4 || n % 2 == 0));
-  // The angles are taken in groups of four. The last group starts earlier where n is no multiple of four, and computes
-  // one pair of angles a second time.
+  static_assert(n == 1 || n == 3 || (n >= 4 && n % 2 == 0));
+  // Angles are taken in groups of four. The last group starts early where n is no multiple of four, and computes a pair
+  // of angles again. Each step is a loop of its own, so that the processor can work on many angles at once; unrolled,
+  // the loops would be four times the code and no faster.
   constexpr int groups = (n + 3) / 4;
   constexpr int pairs = (n + 1) / 2;
   const auto first = [](int group) { return n < 4 ? 0 : std::min(4 * group, n - 4); };
   const auto load = [angles](int i) {
-    Float4 x = {};
-    if constexpr (n == 1) x = Float4{angles[0]};
-    if constexpr (n == 2) x = Float4{angles[0], angles[1]};
-    if constexpr (n == 3) x = Float4{angles[0], angles[1], angles[2]};
-    if constexpr (n >= 4) std::memcpy(&x, angles + i, sizeof x);
+    if constexpr (n == 1) return Float4{angles[0]};
+    if constexpr (n == 3) return Float4{angles[0], angles[1], angles[2]};
+    Float4 x;
+    std::memcpy(&x, angles + i, sizeof x);
     return x;
   };
 
@@ -114,10 +174,10 @@ std::array<SinCos, n> sinCos(const float* angles) {
     ks[g] = reinterpret_cast<Bits4>(shifted);
     const Double4 x4 = __builtin_convertvector(x, Double4);
     const Double4 k4 = __builtin_convertvector(k, Double4);
-    const auto reduce = [](Double2 x2, Double2 k2) { return (x2 - k2 * 0x1.921fb5444p0) - k2 * 0x1.68c234c4c6629p-39; };
-    r[i / 2] = reduce(__builtin_shufflevector(x4, x4, 0, 1), __builtin_shufflevector(k4, k4, 0, 1));
-    if constexpr (n > 2)
-      r[i / 2 + 1] = reduce(__builtin_shufflevector(x4, x4, 2, 3), __builtin_shufflevector(k4, k4, 2, 3));
+    constexpr double P1 = 0x1.921fb5444p0;
+    constexpr double P2 = 0x1.68c234c4c6629p-39;
+    const Double4 r4 = (x4 - k4 * P1) - k4 * P2;
+    std::memcpy(r + i / 2, &r4, sizeof(Double2) * std::min(pairs, 2));
   }
 
   std::array<SinCos, n> results;
@@ -128,13 +188,13 @@ std::array<SinCos, n> sinCos(const float* angles) {
     return results;
   }
 
-  Double2 sines[pairs];
-  Double2 cosines[pairs];
+  Double2 sine[pairs];
+  Double2 cosine[pairs];
 #pragma GCC unroll 1
   for (int p = 0; p < pairs; ++p) {
     const auto [s, c, h] = parts(r[p]);
-    sines[p] = r[p] + s;
-    cosines[p] = (1.0 - h) + c;
+    sine[p] = r[p] + s;
+    cosine[p] = (1.0 - h) + c;
   }
 
 #pragma GCC unroll 1
@@ -143,87 +203,17 @@ std::array<SinCos, n> sinCos(const float* angles) {
     const auto round = [](const Double2* pair) {
       return __builtin_convertvector(__builtin_shufflevector(pair[0], pair[n > 2 ? 1 : 0], 0, 1, 2, 3), Float4);
     };
-    Float4 s = round(sines + i / 2);
-    Float4 c = round(cosines + i / 2);
+    Float4 s = round(sine + i / 2);
+    Float4 c = round(cosine + i / 2);
     turn(s, c, ks[g], reinterpret_cast<Bits4>(load(i)) & 0x80000000U);
-    const Float4 two = __builtin_shufflevector(s, c, 0, 4, 1, 5);
-    const Float4 next = __builtin_shufflevector(s, c, 2, 6, 3, 7);
-    std::memcpy(results.data() + i, &two, sizeof(SinCos) * std::min(n, 2));
-    if constexpr (n > 2) std::memcpy(results.data() + i + 2, &next, sizeof(SinCos) * std::min(n - 2, 2));
+    const Float4 lower = __builtin_shufflevector(s, c, 0, 4, 1, 5);
+    const Float4 upper = __builtin_shufflevector(s, c, 2, 6, 3, 7);
+    std::memcpy(results.data() + i, &lower, sizeof(SinCos) * std::min(n, 2));
+    if constexpr (n > 2) std::memcpy(results.data() + i + 2, &upper, sizeof(SinCos) * std::min(n - 2, 2));
   }
   return results;
 }
 
 inline SinCos::SinCos(float angle) : SinCos(sinCos<1>(&angle)[0]) {}
-
-// What follows is for angles of 2^17 rad or more.
-
-namespace sines {
-
-/// The float nearest to a + b, where |a| >= |b|. Where the sum is rounded, an odd last bit says so, and on which side
-/// of the middle of two floats it is.
-inline float roundedSum(double a, double b) {
-  double sum = a + b;
-  const double rest = b - (sum - a);
-  std::uint64_t bits;
-  std::memcpy(&bits, &sum, sizeof bits);
-  if (rest != 0.0 && bits % 2 == 0) (rest > 0.0) == (sum > 0.0) ? ++bits : --bits;
-  std::memcpy(&sum, &bits, sizeof sum);
-  return static_cast<float>(sum);
-}
-
-/// Takes k and r from the bits of 2/pi. |x| is m 2^e with a whole m below 2^24, so that all bits of 2/pi that stand for
-/// multiples of 2^(2-e) add whole turns. The next 96 bits give k mod 4 and, to 2^-70, the fraction r 2/pi; no |r| is
-/// below 2^-30.
-[[gnu::noinline]] inline SinCos ofBigAngle(float x) {
-  static constexpr std::uint64_t twoByPi[] = {0,  // before the point, then 256 bits behind it
-                                              0xa2f9836e4e441529U, 0xfc2757d1f534ddc0U,  //
-                                              0xdb6295993c439041U, 0xfe5163abdebbc561U};
-  std::uint32_t bits;
-  std::memcpy(&bits, &x, sizeof bits);
-  const std::uint32_t biased = (bits >> 23U) & 0xffU;  // e + 150
-  if (biased == 0xffU) {
-    SinCos none;
-    none.s = none.c = x - x;
-    return none;
-  }
-  const std::uint64_t m = (bits & 0x7fffffU) | 0x800000U;
-  const std::uint32_t first = biased - 88;  // the first bit that counts: bit e + 62 of the table
-  const auto word = [first](std::uint32_t i) {
-    const std::uint64_t* at = twoByPi + first / 64 + i;
-    return (at[0] << first % 64) | (at[1] >> 1U >> (63 - first % 64));
-  };
-  const std::uint64_t low = m * (word(1) >> 32U);
-  const std::uint64_t high = m * word(0) + (low >> 32U);
-  const std::uint64_t k = (high + (1ULL << 61U)) >> 62U;
-
-  // The fraction is (a + b) 2^-32, a whole and between -2^31 and 2^31, b from 0 to 1. a P1 is exact, so that r + rest
-  // is the product with pi/2.
-  const auto a = static_cast<double>(static_cast<std::int32_t>(static_cast<std::uint32_t>(high >> 30U)));
-  const auto b = static_cast<double>((high << 34U) | ((low & 0xffffffffU) << 2U)) * 0x1p-64;
-  constexpr double P1 = 0x1.921fbp-32;
-  constexpr double P2 = 0x1.5110b4611a626p-54;
-  const double small = a * P2 + b * (P1 + P2);
-  const double r = a * P1 + small;
-  const double rest = small - (r - a * P1);
-
-  const auto [s, c, h] = parts(r);
-  Float4 sine = {roundedSum(r, s + rest * ((1.0 - h) + c))};
-  Float4 cosine = {roundedSum(1.0, (c - rest * (r + s)) - h)};
-  turn(sine, cosine, Bits4{static_cast<std::uint32_t>(k)}, Bits4{bits & 0x80000000U});
-  SinCos result;
-  result.s = sine[0];
-  result.c = cosine[0];
-  return result;
-}
-
-[[gnu::noinline]] inline void oneByOne(const float* angles, int n, SinCos* results) {
-  for (int i = 0; i < n; ++i) {
-    const bool isBig = !(angles[i] > -0x1p17F && angles[i] < 0x1p17F);
-    results[i] = isBig ? ofBigAngle(angles[i]) : SinCos(angles[i]);
-  }
-}
-
-}  // namespace sines
 
 }  // namespace kinetra::Spatial

@@ -1,0 +1,110 @@
+#include <algorithm>
+#include <array>
+#include <cfloat>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+
+#include <gtest/gtest.h>
+
+#include <kinetra/spatial/SinCos.hpp>
+
+// Sines and cosines against those of the C library in extended precision, each rounded to the nearest float.
+
+namespace {
+
+using kinetra::Spatial::sinCos;
+using kinetra::Spatial::SinCos;
+
+static_assert(LDBL_MANT_DIG >= 64);
+
+float fromBits(std::uint32_t bits) {
+  float x;
+  std::memcpy(&x, &bits, sizeof x);
+  return x;
+}
+/// Tells 0 from -0; any NaN is as good as another.
+bool same(float a, float b) { return std::isnan(a) ? std::isnan(b) : a == b && std::signbit(a) == std::signbit(b); }
+
+testing::AssertionResult isRight(float angle, SinCos actual) {
+  const auto s = static_cast<float>(std::sin(static_cast<long double>(angle)));
+  const auto c = static_cast<float>(std::cos(static_cast<long double>(angle)));
+  if (same(actual.s, s) && same(actual.c, c)) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << std::hexfloat << "of " << angle << ": sine " << actual.s << ", should be " << s
+                                     << ", cosine " << actual.c << ", should be " << c;
+}
+void expectRight(float angle) {
+  EXPECT_TRUE(isRight(angle, SinCos(angle)));
+  EXPECT_TRUE(isRight(-angle, SinCos(-angle)));
+}
+
+TEST(Sines, AreRightForEveryExponent) {
+  for (std::uint32_t exponent = 0; exponent < 255; ++exponent) {
+    for (std::uint32_t i = 0; i <= 64; ++i) {
+      const std::uint32_t fraction =
+          std::min(0x7fffffU, 0x20000U * i + 0x1357U * (i % 64));  // 0 and all ones among them
+      expectRight(fromBits(exponent << 23U | fraction));
+    }
+  }
+}
+
+TEST(Sines, AreRightNearTheMiddleOfTwoFloats) {
+  const float angles[] = {
+      0x1p-12F,        0x1.a8872ap-11F,  0x1.20ffccp-7F,   0x1.9eab2ep-4F,   0x1.e7061ep-2F,  0x1.6f1b7p+5F,
+      0x1.8f219cp+5F,  0x1.e35bc6p+7F,   0x1.515766p+12F,  0x1.33333p+13F,   0x1.524856p+80F, 0x1.95f654p+44F,
+      0x1.ca46bap+44F, 0x1.4555p+51F,    0x1.887814p+51F,  0x1.3170fp+63F,   0x1.411b04p+63F, 0x1.2b9622p+67F,
+      0x1.e072ecp+67F, 0x1.487e0cp+103F, 0x1.119ae6p+115F, 0x1.96344ep+117F,
+  };
+  for (const float angle : angles) expectRight(angle);
+}
+
+TEST(Sines, AreRightAroundMultiplesOfAnEighthTurn) {
+  const auto expectRightAround = [](float angle) {
+    expectRight(std::nextafter(angle, 0.0F));
+    expectRight(angle);
+    expectRight(std::nextafter(angle, HUGE_VALF));
+  };
+  for (int k = 1; k < 170000; k += 1 + k / 200) expectRightAround(static_cast<float>(k * 0.78539816339744831));
+  expectRightAround(0x1.f9cbe2p+7F);   // nearest of all to a multiple of pi/2, below 2^17
+  expectRightAround(0x1.f37c8ap+95F);  // and of all floats
+  expectRightAround(0x1p17F);          // the first that is reduced in integers
+}
+
+TEST(Sines, KeepTheSignOfZeroAndAreNanForInfinityAndNan) {
+  EXPECT_TRUE(isRight(0.0F, SinCos(0.0F)));
+  EXPECT_TRUE(isRight(-0.0F, SinCos(-0.0F)));
+  for (const float none : {HUGE_VALF, -HUGE_VALF, NAN, -NAN}) {
+    EXPECT_TRUE(std::isnan(SinCos(none).s)) << none;
+    EXPECT_TRUE(std::isnan(SinCos(none).c)) << none;
+  }
+}
+
+/// With each of n angles replaced in turn by one that might disturb the others.
+template <std::size_t n>
+void expectEachAsAlone() {
+  std::array<float, n> ordinary;
+  for (std::size_t i = 0; i < n; ++i) ordinary[i] = 3.1F * static_cast<float>(i * i) - 40.0F;
+  for (std::size_t replaced = 0; replaced < n; ++replaced) {
+    for (const float other : {-0.0F, 0x1.fffffep16F, -0x1p17F, 1e30F, NAN}) {
+      auto angles = ordinary;
+      angles[replaced] = other;
+      const auto results = sinCos<n>(angles.data());
+      for (std::size_t i = 0; i < n; ++i) {
+        const SinCos alone(angles[i]);
+        EXPECT_TRUE(same(results[i].s, alone.s)) << "sine " << i << " of " << n << ", of " << angles[i];
+        EXPECT_TRUE(same(results[i].c, alone.c)) << "cosine " << i << " of " << n << ", of " << angles[i];
+      }
+    }
+  }
+}
+
+TEST(Sines, OfManyAnglesAreThoseOfEach) {
+  expectEachAsAlone<1>();
+  expectEachAsAlone<3>();
+  expectEachAsAlone<4>();
+  expectEachAsAlone<6>();
+  expectEachAsAlone<8>();
+  expectEachAsAlone<18>();
+}
+
+}  // namespace
