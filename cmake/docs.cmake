@@ -1,4 +1,4 @@
-# The target docs: build/release/docs/html/index.html, from the headers that a host includes.
+# The target docs writes the reference of the headers that a host includes to build/release/docs/html/index.html.
 find_package(Doxygen QUIET)
 if(NOT DOXYGEN_FOUND)
   add_custom_target(docs

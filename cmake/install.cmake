@@ -1,4 +1,4 @@
-# What `cmake --install` and `cpack -G DEB` put where. The tree can be moved as a whole: nothing in it knows its place.
+# The files that `cmake --install` and `cpack -G DEB` install. None contains an absolute path, so the tree can be moved.
 include(CMakePackageConfigHelpers)
 
 install(TARGETS lumo_norvaX3 LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/lumo)
@@ -7,8 +7,9 @@ install(FILES service/RigidBodySystem.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR
 install(FILES host/Plugin.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lumo/host)
 install(FILES ${LUMO_MAN_PAGES} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 
-# find_package(lumo) gives the target lumo::interface, and the plug-in's file as lumo_PLUGIN. The stand-in for the math
-# library installs itself as lumo::oxmath; a host's own library is the host's to bring, as a target oxmath.
+# find_package(lumo) defines the target lumo::interface and the variable lumo_PLUGIN, the path of the plug-in. The
+# stand-in for the math library is installed as lumo::oxmath. A host with a math library of its own must define the
+# target oxmath.
 set_target_properties(lumo_interface PROPERTIES EXPORT_NAME interface)
 set_target_properties(lumo_eigen PROPERTIES EXPORT_NAME eigen)
 set(config_folder ${CMAKE_INSTALL_LIBDIR}/cmake/lumo)

@@ -1,5 +1,5 @@
-# A man page for each program that is installed, made from its --help, where help2man is there to make it and the programs
-# run. LUMO_MAN_PAGES names the pages.
+# The man page of each installed program, made from its --help if help2man is installed and the programs can run here.
+# LUMO_MAN_PAGES names the pages.
 set(LUMO_MAN_PAGES)
 find_program(HELP2MAN help2man)
 mark_as_advanced(HELP2MAN)

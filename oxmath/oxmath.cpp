@@ -5,7 +5,7 @@
 
 namespace OX::Math {
 
-// A type of these that were not trivially copyable would change how the plug-in's results reach the host.
+// If one of these types were not trivially copyable, it would be returned by value in another way.
 static_assert(std::is_trivially_copyable_v<Transform> && std::is_standard_layout_v<Transform>);
 static_assert(std::is_trivially_copyable_v<Position3D> && std::is_standard_layout_v<Position3D>);
 static_assert(std::is_trivially_copyable_v<Position6D> && std::is_standard_layout_v<Position6D>);
@@ -13,8 +13,8 @@ static_assert(std::is_trivially_copyable_v<Velocity6D> && std::is_standard_layou
 static_assert(sizeof(Transform) == 48 && sizeof(Position3D) == 12);
 static_assert(sizeof(Position6D) == 24 && sizeof(Velocity6D) == 24);
 
-// The angles are peeled off one by one: the yaw is read from column 0, then roll and pitch from Rz' R = Ry Rx. At the
-// gimbal lock the yaw is arbitrary, but roll and pitch are taken relative to it, so that the product is still R.
+// The yaw is computed from column 0 of R, then roll and pitch from Rz' R = Ry Rx. At gimbal lock the yaw is arbitrary,
+// but roll and pitch are computed for this yaw, so that the product Rz Ry Rx is still R.
 Position6D position6DFromTransform(const Transform& H) {
   const auto R = [&H](int row, int column) { return static_cast<double>(H.m[row][column]); };
 
@@ -46,7 +46,7 @@ Transform transformFromPosition6D(const Position6D& p) {
 }
 
 Position3D operator*(const Transform& H, const Position3D& p) {
-  // The order of the sums is fixed: every build gives the same bits.
+  // The order of the sums is fixed, so that every build computes the same bits.
   const auto row = [&p](const float(&h)[4]) { return ((h[0] * p.x + h[1] * p.y) + h[2] * p.z) + h[3]; };
   return {row(H.m[0]), row(H.m[1]), row(H.m[2])};
 }

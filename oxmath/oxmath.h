@@ -1,10 +1,10 @@
 #pragma once
 
-/// A stand-in for the host's 3D math library, with what the plug-in needs of it and nothing more. All values are
-/// single precision in SI units, trivially copyable, and hold their floats in the order shown.
+/// A stand-in for the host's 3D math library. It contains only what the plug-in needs. All types are trivially copyable
+/// and hold their floats in the order shown, in single precision and SI units.
 namespace OX::Math {
 
-/// Rigid transform p -> R p + t, row by row: [R t]. The identity by default.
+/// Rigid transform of a point p to R p + t. The rows are those of the matrix [R t]. The default is the identity.
 struct Transform {
   float m[3][4] = {{1, 0, 0, 0}, {0, 1, 0, 0}, {0, 0, 1, 0}};
 };
@@ -27,7 +27,7 @@ struct Position6D {
   float rx = 0, ry = 0, rz = 0;
 };
 
-/// Linear velocity (m/s), then angular velocity (rad/s); for accelerations, per second once more.
+/// Linear velocity (m/s), then angular velocity (rad/s). Also used for accelerations (m/s^2, rad/s^2).
 struct Velocity6D {
   Velocity6D() = default;
   Velocity6D(float vx_, float vy_, float vz_, float wx_, float wy_, float wz_)
@@ -37,14 +37,16 @@ struct Velocity6D {
   float wx = 0, wy = 0, wz = 0;
 };
 
-/// The translation of H and angles, in [-pi, pi], that give its rotation back. At the gimbal lock (pitch of a right
-/// angle) one of the many equivalent triples is returned. R must be orthonormal; not checked.
+/// Returns the translation and the angles of H. Roll and yaw are in [-pi, pi] and pitch is in [-pi/2, pi/2], with these
+/// bounds rounded to float, which makes them slightly larger than pi and pi/2. At gimbal lock, where pitch is pi/2 or
+/// -pi/2, many pairs of roll and yaw describe the rotation, and one of them is returned. R must be orthonormal; this is
+/// not checked.
 Position6D position6DFromTransform(const Transform& H);
 
-/// The transform with translation (x, y, z) and rotation Rz Ry Rx.
+/// Returns the transform with translation (x, y, z) and rotation Rz Ry Rx.
 Transform transformFromPosition6D(const Position6D& p);
 
-/// R p + t.
+/// Returns R p + t.
 Position3D operator*(const Transform& H, const Position3D& p);
 
 }  // namespace OX::Math

@@ -1,4 +1,5 @@
-// A host: loads the plug-in, sets a state, computes, reads, clones. Give it another plug-in as its argument.
+// A host: loads the plug-in, sets a state, computes, reads results and makes a clone. An argument names another
+// plug-in.
 
 #include <exception>
 #include <iostream>
@@ -12,23 +13,24 @@ void run(const char* file) {
   const lumo::Plugin plugin(file);
   const lumo::Plugin::Object robot = plugin.create();
 
-  // Names are looked up once, before the control loop. An unknown one throws std::out_of_range.
+  // Look up names once, before the control loop. An unknown name throws std::out_of_range.
   const std::size_t shoulder = robot->getJointAngleId("RShoulderPitch"), elbow = robot->getJointAngleId("RElbowRoll");
   const std::size_t knee = robot->getJointAngleId("KneePitch"), hand = robot->getBodyId("RWristYaw");
 
-  // Set: the torso 0.75 m above the ground, the right elbow bent and moving, 10 N pressing the right hand down (in the
-  // hand's own frame, whose y axis points up here). What is not set stays as it is, at first zero.
+  // Set the state: the torso is 0.75 m above the ground, the right elbow is bent and moving, and 10 N press the right
+  // hand down. The wrench is in the frame of the hand, whose y axis points almost straight up. All other inputs stay
+  // zero.
   robot->setRootPose(OX::Math::transformFromPosition6D({0, 0, 0.75F, 0, 0, 0}));
   robot->setJointAnglePos(elbow, 0.5F);
   robot->setJointAngleVel(elbow, -1.0F);
   robot->setExternalWrench(hand, std::vector<float>{0, -10, 0, 0, 0, 0});
 
-  // Compute: nothing else refreshes a result.
+  // Compute. The setters above leave all the results below as they were.
   robot->computeFwdKinematics();
   robot->computeGeneralizedMass();
   robot->computeInverseDynamics();
 
-  // Read. References show what later computations write.
+  // Read the results. The references show later results too.
   const OX::Math::Transform& wrist = robot->getPose(hand);
   const OX::Math::Position3D& com = robot->getComPosition();
   std::cout << "wrist at x = " << wrist.m[0][3] << " m, z = " << wrist.m[2][3] << " m\n"
@@ -36,13 +38,14 @@ void run(const char* file) {
             << "shoulder torque " << robot->getJointAngleTorque(shoulder) << " N m\n"
             << "knee inertia " << robot->getGeneralizedMass()(knee + 6, knee + 6) << " kg m^2\n";
 
-  // A clone has the same state and results, and shares nothing: one to control, one to plan with.
+  // A clone has the same state and results. It shares only the masses, so one object can control and the other can
+  // plan.
   const auto plan = robot->clone();
   plan->setJointAnglePos(knee, 0.4F);
   plan->computeFwdKinematics();
   std::cout << "with a bent knee the centre of mass would be at x = " << plan->getComPosition().x << " m, not " << com.x
             << " m\n";
-}  // The clone and the robot are destroyed, then the plug-in is unloaded.
+}  // Here the clone and the robot are destroyed, and then the plug-in is unloaded.
 
 }  // namespace
 
