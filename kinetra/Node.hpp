@@ -30,8 +30,8 @@ struct Body {
   Inertia Iic;                     ///< composite inertia of the subtree (mass matrix)
 };
 
-/// What a node holds. It depends only on the types of the joint and of sXp's rotation, so nodes of the same types can
-/// share the steps of a pass.
+/// What a node holds. It depends only on the types of the joint and of sXp's rotation, so all nodes with
+/// the same two types share one function for a step of a pass that takes a NodeState.
 template <typename Joint, typename Rotation>
 struct NodeState {
   TransformT<Rotation> sXp;
@@ -40,16 +40,20 @@ struct NodeState {
   Body body;
 };
 
+/// The kind of rotation of a product.
+template <typename Rotation1, typename Rotation0>
+using product_rotation = decltype(std::declval<Rotation1>() * std::declval<Rotation0>());
+
 /// One node of the tree: a body and the joint that connects it to its parent. Its place in the tree is constant.
 template <int Id, int ParentId, int DofIndex, typename Joint, typename XtRotation, int... Children>
-struct Node : NodeState<Joint, decltype(std::declval<typename Joint::Rotation>() * std::declval<XtRotation>())> {
+struct Node : NodeState<Joint, product_rotation<typename Joint::Rotation, XtRotation>> {
   static constexpr int id = Id;
   static constexpr int parent_id = ParentId;  ///< -1 for the root
   static constexpr int dof_index = DofIndex;  ///< of its first coordinate
   static constexpr int dof_number = Joint::dof_number;
   using joint_type = Joint;
   using Xt_rotation = XtRotation;
-  using sXp_rotation = decltype(std::declval<typename Joint::Rotation>() * std::declval<XtRotation>());
+  using sXp_rotation = product_rotation<typename Joint::Rotation, XtRotation>;
   using children = std::integer_sequence<int, Children...>;  ///< in increasing order
   using Placement = TransformT<XtRotation>;
 };

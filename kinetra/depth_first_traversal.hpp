@@ -18,8 +18,14 @@ struct depth_first_traversal_internal {
   template <typename... Args>
   static void run(Robot& robot, Args&&... args) {
     Visitor<Robot, N>::discover(robot, args...);
-    visit(typename node_t<Robot, N>::children{}, robot, args...);
+    runChildren(robot, args...);
     Visitor<Robot, N>::finish(robot, args...);
+  }
+
+  /// The subtrees of N's children alone.
+  template <typename... Args>
+  static void runChildren(Robot& robot, Args&&... args) {
+    visit(typename node_t<Robot, N>::children{}, robot, args...);
   }
 
  private:

@@ -9,6 +9,11 @@ mapfile -t sources < <(git ls-files '*.cpp')
 step="checking the format"
 git ls-files '*.cpp' '*.hpp' '*.h' | xargs clang-format --dry-run -Werror
 
+step="compiling each header alone"
+git ls-files 'kinetra/*.hpp' 'models/*.hpp' 'service/*.hpp' 'host/*.hpp' |
+  xargs -P "$(nproc)" -I FILE sh -c \
+    'echo "#include <FILE>" | clang++ -std=c++17 -fsyntax-only -I. -Ioxmath -isystem /usr/include/eigen3 -x c++ -'
+
 step="running cppcheck"
 not=(
   --suppress=useStlAlgorithm                    # a loop of one line is as clear as an algorithm

@@ -81,7 +81,8 @@ void KinetraRigidBodySystem<Robot>::setRootPose(const Transform& pose) {
 
 template <typename Robot>
 void KinetraRigidBodySystem<Robot>::computeFwdKinematicsExceptRoot() {
-  kinetra::internal::depth_first_traversal<kinetra::internal::JcalcPosVisitor, Robot>::run(robot_, kinetra::Positions<Robot>(q_));
+  kinetra::internal::depth_first_traversal<kinetra::internal::JcalcPosVisitor, Robot>::run(
+      robot_, kinetra::Positions<Robot>(q_));
   Eigen::Vector3f comSum;
   kinetra::fwd_kin_iX1<Robot>::run(robot_, iX1_.data(), J_, comSum);
   for (std::size_t b = 1; b < nb_bodies; ++b) {
@@ -136,7 +137,8 @@ OX::Math::Position3D KinetraRigidBodySystem<Robot>::computePartialComPositionInR
 
 template <typename Robot>
 void KinetraRigidBodySystem<Robot>::computeInverseDynamics() {
-  kinetra::internal::depth_first_traversal<kinetra::internal::JcalcVisitor, Robot>::run(robot_, kinetra::Positions<Robot>(q_), dq_);
+  kinetra::internal::depth_first_traversal<kinetra::internal::JcalcVisitor, Robot>::run(
+      robot_, kinetra::Positions<Robot>(q_), dq_);
   kinetra::rnea<Robot, false>::run(robot_, ddq_, fext_.data(), torques_);
 }
 

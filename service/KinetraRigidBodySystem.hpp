@@ -15,9 +15,9 @@
 namespace lumo {
 
 /// The rigid-body system of a model compiled in. It owns a robot record, the host's inputs and the results; its
-/// operations copy into these members, run passes over the record and hand out references. No result is updated by
-/// itself: each changes only when its compute operation runs. Two exceptions are inputs at the same time: setRootPose
-/// and setPose write world poses, and setBodyInertia updates the masses.
+/// operations copy into these members, run passes over the record and hand out references. A stored result
+/// changes only when its compute operation runs, except that setRootPose and setPose write world poses. The masses and
+/// getComPosition(b) are read at each call.
 template <typename Robot>
 class KinetraRigidBodySystem final : public RigidBodySystem {
  public:
@@ -30,7 +30,6 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   /// All inputs and results zero or the identity. Recomputes the total mass from the table of inertias.
   KinetraRigidBodySystem();
   KinetraRigidBodySystem(const KinetraRigidBodySystem&) = default;
-  KinetraRigidBodySystem& operator=(const KinetraRigidBodySystem&) = delete;
 
   // The record holds 16-byte vectors. Eigen's macro for this is empty under C++17, so it is written out.
   static void* operator new(std::size_t size) { return Eigen::internal::aligned_malloc(size); }
@@ -68,20 +67,20 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   Velocity6D getRootVelocity() const override { return velocity6D(dq_); }
   Velocity6D getRootAcceleration() const override { return velocity6D(ddq_); }
 
-  void setJointAnglesPos(const ArrayRef& positions) override { setJointAngles(q_, positions); }
-  void setJointAnglesVel(const ArrayRef& velocities) override { setJointAngles(dq_, velocities); }
-  void setJointAnglesAcc(const ArrayRef& accelerations) override { setJointAngles(ddq_, accelerations); }
-  void setJointAnglePos(std::size_t jointAngle, float position) override { jointAngleOf(q_, jointAngle) = position; }
-  void setJointAngleVel(std::size_t jointAngle, float velocity) override { jointAngleOf(dq_, jointAngle) = velocity; }
+  void setJointAnglesPos(const ArrayRef& positions) override { setJoints(q_, positions); }
+  void setJointAnglesVel(const ArrayRef& velocities) override { setJoints(dq_, velocities); }
+  void setJointAnglesAcc(const ArrayRef& accelerations) override { setJoints(ddq_, accelerations); }
+  void setJointAnglePos(std::size_t jointAngle, float position) override { joints(q_)[jointAngle] = position; }
+  void setJointAngleVel(std::size_t jointAngle, float velocity) override { joints(dq_)[jointAngle] = velocity; }
   void setJointAngleAcc(std::size_t jointAngle, float acceleration) override {
-    jointAngleOf(ddq_, jointAngle) = acceleration;
+    joints(ddq_)[jointAngle] = acceleration;
   }
-  float getJointAnglePos(std::size_t jointAngle) const override { return jointAngles(q_)[jointAngle]; }
-  float getJointAngleVel(std::size_t jointAngle) const override { return jointAngles(dq_)[jointAngle]; }
-  float getJointAngleAcc(std::size_t jointAngle) const override { return jointAngles(ddq_)[jointAngle]; }
-  FloatView getJointAnglesPos() const override { return jointAngles(q_); }
-  FloatView getJointAnglesVel() const override { return jointAngles(dq_); }
-  FloatView getJointAnglesAcc() const override { return jointAngles(ddq_); }
+  float getJointAnglePos(std::size_t jointAngle) const override { return joints(q_)[jointAngle]; }
+  float getJointAngleVel(std::size_t jointAngle) const override { return joints(dq_)[jointAngle]; }
+  float getJointAngleAcc(std::size_t jointAngle) const override { return joints(ddq_)[jointAngle]; }
+  FloatView getJointAnglesPos() const override { return jointsView(q_); }
+  FloatView getJointAnglesVel() const override { return jointsView(dq_); }
+  FloatView getJointAnglesAcc() const override { return jointsView(ddq_); }
 
   void setExternalWrench(std::size_t body, const std::vector<float>& wrench) override { fext_[body] = toForce(wrench); }
   void setExternalWrench(std::size_t body, const std::vector<float>& wrench, Transform frame) override {
@@ -102,7 +101,7 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   const Transform& getVolatilePose(std::size_t frame) const override { return poses_[nb_bodies + frame]; }
   void setVolatilePose(std::size_t frame, const Transform& pose) override { poses_[nb_bodies + frame] = pose; }
   Position3D getComPosition(std::size_t body) const override {
-    return poses_[body] * toPosition3D(load(Robot::inertias[body]).com());
+    return poses_[body] * toPosition3D(Robot::inertias[body].com());
   }
   const Position3D& getComPositionInRoot() const override { return comInRoot_; }
   const Position3D& getComPosition() const override { return com_; }
@@ -118,8 +117,8 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   }
 
   void computeInverseDynamics() override;
-  float getJointAngleTorque(std::size_t jointAngle) const override { return jointAngles(torques_)[jointAngle]; }
-  FloatView getJointAnglesTorque() const override { return jointAngles(torques_); }
+  float getJointAngleTorque(std::size_t jointAngle) const override { return joints(torques_)[jointAngle]; }
+  FloatView getJointAnglesTorque() const override { return jointsView(torques_); }
 
  private:
   static constexpr int nb_root_dof = 6;
@@ -129,10 +128,14 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
 
   using JointSpaceVector = Eigen::Matrix<float, Robot::nb_dof, 1>;
 
-  static FloatView jointAngles(const JointSpaceVector& v) { return {v.data() + nb_root_dof, v.data() + Robot::nb_dof}; }
-  static float& jointAngleOf(JointSpaceVector& v, std::size_t jointAngle) { return v.data()[nb_root_dof + jointAngle]; }
-  static void setJointAngles(JointSpaceVector& v, const ArrayRef& values) {
-    std::copy_n(values.data(), nb_joint_angles, v.data() + nb_root_dof);
+  // The entries of the joints in a joint-space vector.
+  template <typename Vector>
+  static auto* joints(Vector& v) {
+    return v.data() + nb_root_dof;
+  }
+  static FloatView jointsView(const JointSpaceVector& v) { return {joints(v), joints(v) + nb_joint_angles}; }
+  static void setJoints(JointSpaceVector& v, const ArrayRef& values) {
+    std::copy_n(values.data(), nb_joint_angles, joints(v));
   }
   static void setRoot(JointSpaceVector& v, const float* values) { std::copy_n(values, nb_root_dof, v.data()); }
   static Velocity6D velocity6D(const JointSpaceVector& v) { return Velocity6D(v[0], v[1], v[2], v[3], v[4], v[5]); }

@@ -74,7 +74,8 @@ class RigidBodySystem {
 
   /// Replaces a body's mass properties for every object of this model in the process: mass (kg), centre of mass
   /// (m, body frame), rotational inertia about the centre of mass (kg m^2, body axes; the upper triangle is not
-  /// read). Any values are stored. Results change when they are computed again.
+  /// read). Any values are stored. The masses and
+  /// getComPosition(b) change at once, other results when they are computed again.
   virtual void setBodyInertia(std::size_t body, float mass, const OX::Math::Position3D& com,
                               const Eigen::Matrix3f& inertia) = 0;
   /// Total mass (kg).

@@ -13,8 +13,7 @@ namespace lumo {
 
 namespace simd = kinetra::Spatial::simd;
 using kinetra::Spatial::Force;
-using kinetra::Spatial::TransformT;
-using SpatialTransform = TransformT<kinetra::Spatial::RotationMatrix>;
+using SpatialTransform = kinetra::Spatial::TransformT<kinetra::Spatial::RotationMatrix>;
 
 /// The floats of a host value, in order: a Transform's rows (three of R, one of t), a position's or velocity's
 /// components.
@@ -30,8 +29,7 @@ static_assert(sizeof(OX::Math::Position6D) == 6 * sizeof(float), "x, y, z and th
 static_assert(sizeof(OX::Math::Velocity6D) == 6 * sizeof(float), "linear x, y, z and angular x, y, z");
 
 /// The pose of X's new frame in its old frame: R = E', t = r. Moves values only.
-template <typename Rotation>
-void invToOXMath(const simd::TransformT<Rotation>& X, OX::Math::Transform& H) {
+inline void invToOXMath(const simd::TransformT<simd::RotationMatrix>& X, OX::Math::Transform& H) {
   float* rows = floats(H);
   simd::store4(simd::append<0>(X.E.column0, X.r.lanes()), rows);
   simd::store4(simd::append<1>(X.E.column1, X.r.lanes()), rows + 4);
@@ -39,16 +37,10 @@ void invToOXMath(const simd::TransformT<Rotation>& X, OX::Math::Transform& H) {
 }
 inline void invToOXMath(const SpatialTransform& X, OX::Math::Transform& H) { invToOXMath(load(X), H); }
 
-/// The pose of A's new frame in B's old frame, B first: the inverse of A B. If both rotations are
-/// general, row 2 of R is the cross product of rows 0 and 1, as column 2 of their product is of its columns 0 and 1.
-template <typename RotationA, typename RotationB>
-[[gnu::always_inline]] inline void invProdToOXMath(const simd::TransformT<RotationA>& A,
-                                                   const simd::TransformT<RotationB>& B, OX::Math::Transform& H) {
-  invToOXMath(A * B, H);
-}
-template <typename RotationA, typename RotationB>
-void invProdToOXMath(const TransformT<RotationA>& A, const TransformT<RotationB>& B, OX::Math::Transform& H) {
-  invProdToOXMath(load(A), load(B), H);
+/// The pose of A's new frame in B's old frame, B first: the inverse of A B. Row 2 of R is the cross product of rows 0
+/// and 1, as column 2 of every product of general rotations is of columns 0 and 1.
+inline void invProdToOXMath(const SpatialTransform& A, const SpatialTransform& B, OX::Math::Transform& H) {
+  invToOXMath(load(A) * load(B), H);
 }
 
 /// The host transform that takes points as X does: R = E, t = -E r.

@@ -15,11 +15,11 @@ namespace lumo {
 template <typename Robot>
 struct fwd_kin_H01_from_iX1 {
   static void run(Robot& robot, const SpatialTransform* iX1, std::vector<OX::Math::Transform>& poses) {
-    const auto root = loadJustStored(kinetra::node<0>(robot).sXp);
-    OX::Math::Transform* H01 = poses.data();
-    invToOXMath(root, H01[0]);
+    const auto X10 = loadJustStored(kinetra::node<0>(robot).sXp);  // from the world to the root
+    OX::Math::Transform* pose = poses.data();
+    invToOXMath(X10, pose[0]);
     for (int i = 1; i < Robot::nb_bodies; ++i) {
-      invProdToOXMath(load(iX1[i]), root, H01[i]);
+      invToOXMath(load(iX1[i]) * X10, pose[i]);
     }
   }
 };

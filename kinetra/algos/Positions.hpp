@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include <kinetra/Node.hpp>
 #include <kinetra/node_list.hpp>
 #include <kinetra/spatial/SinCos.hpp>
 
@@ -14,8 +15,8 @@ class Positions {
  public:
   using Vector = Eigen::Matrix<float, Robot::nb_dof, 1>;
 
-  /// Refers to q.
-  explicit Positions(const Vector& q) : q_(q), sinCos_(Spatial::sinCos<nb_angles>(q.data() + first_angle)) {}
+  explicit Positions(const Vector& q)
+      : xyz_(simd::Vector3::load(q.data())), sinCos_(Spatial::sinCos<nb_angles>(q.data() + first_angle)) {}
 
   /// What the joint of a node computes its Xj from.
   template <typename Node>
@@ -23,7 +24,7 @@ class Positions {
     if constexpr (Node::dof_number == 1) {
       return sinCos_[Node::dof_index - first_angle];
     } else {
-      return {simd::Vector3::load(q_.data()), {sinCos_[0], sinCos_[1], sinCos_[2]}};
+      return {xyz_, {sinCos_[0], sinCos_[1], sinCos_[2]}};
     }
   }
 
@@ -32,7 +33,7 @@ class Positions {
   static constexpr int first_angle = node_t<Robot, 0>::joint_type::first_angle;
   static constexpr int nb_angles = Robot::nb_dof - first_angle;
 
-  const Vector& q_;
+  simd::Vector3 xyz_;
   std::array<SinCos, nb_angles> sinCos_;
 };
 

@@ -20,7 +20,7 @@ namespace kinetra {
 
 namespace internal {
 
-/// Iic_p += pX*_i Iic_i iX_p. All nodes with the same types of joint and rotation share one function.
+/// Iic_p += pX*_i Iic_i iX_p
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] void addInertiaToParent(const NodeState<Joint, Rotation>& n, Inertia& Iic_parent) {
   store(load(Iic_parent) + load(n.sXp).applyInv(load(n.body.Iic)), Iic_parent);
@@ -67,10 +67,6 @@ struct crba<Robot, false> {
   struct DftVisitor {
     using Node = node_t<Robot_, i>;
 
-    /// A step of this node's walk to the root.
-    template <typename AnyRobot, int a, int j>
-    using BwdtVisitor = internal::BwdtVisitor<AnyRobot, a, j>;
-
     template <typename Derived>
     static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&) {
       store(load(Robot_::inertias[i]), node<i>(robot).body.Iic);
@@ -79,6 +75,7 @@ struct crba<Robot, false> {
     /// partial_crba also hands its excluded body to both hooks; finish has no use for it.
     template <typename Derived, typename... Unused>
     static void finish(Robot_& robot, Eigen::MatrixBase<Derived>& H, const Unused&...) {
+      static_assert(!Derived::IsRowMajor && Derived::InnerStrideAtCompileTime == 1, "H must be stored by columns");
       auto& n = node<i>(robot);
       if constexpr (Node::parent_id >= 0) {
         internal::addInertiaToParent(n, node<Node::parent_id>(robot).body.Iic);
@@ -112,7 +109,6 @@ struct crba<Robot, false> {
   /// linear, then angular (kg, kg m, kg m^2).
   template <typename Derived>
   static void run(Robot& robot, Eigen::MatrixBase<Derived>& H) {
-    static_assert(!Derived::IsRowMajor && Derived::InnerStrideAtCompileTime == 1, "H must be stored by columns");
     internal::depth_first_traversal<DftVisitor, Robot>::run(robot, H);
   }
 };

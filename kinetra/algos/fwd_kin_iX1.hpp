@@ -31,7 +31,7 @@ void relateToRoot(const TransformT<Rotation>& sXp, const TransformT<RotationMatr
   const auto X = load(sXp) * loadJustStored(pX1);
   store(X, iX1);
   turnAboutZ(X).store(column);
-  comSum = firstMoment(load(inertia), X) + comSum;
+  comSum = firstMoment(load(inertia), X) + simd::Vector3(comSum);
 }
 
 template <typename Robot, int i>

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <type_traits>
+
+#include <kinetra/Node.hpp>
 #include <kinetra/algos/Positions.hpp>
 #include <kinetra/depth_first_traversal.hpp>
 #include <kinetra/node_list.hpp>
@@ -43,7 +46,7 @@ template <typename XtRotation>
   return simd::TransformT<std::decay_t<decltype(E)>>{E, Xt.r};
 }
 
-/// Positions and velocities: run(robot, q, dq), each nb_dof x 1 (m, rad; m/s, rad/s).
+/// Positions and velocities: run(robot, q, dq), dq nb_dof x 1 (m, rad; m/s, rad/s).
 template <typename Robot, int i>
 struct JcalcVisitor {
   template <typename Position, typename Vector>

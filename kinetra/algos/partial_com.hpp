@@ -1,7 +1,5 @@
 #pragma once
 
-#include <utility>
-
 #include <kinetra/Node.hpp>
 #include <kinetra/depth_first_traversal.hpp>
 
@@ -22,7 +20,7 @@ struct PartialComVisitor {
   template <typename Vector>
   static void discover(Robot&, const TransformT<RotationMatrix>* iX1, int excludedBody, Vector& comSum) {
     if (excludedBody == k) return;
-    comSum = firstMoment(load(Robot::inertias[k]), load(iX1[k])) + comSum;
+    comSum = firstMoment(load(Robot::inertias[k]), load(iX1[k])) + simd::Vector3(comSum);
   }
   template <typename Vector>
   static void finish(Robot&, const TransformT<RotationMatrix>*, int, Vector&) {}
@@ -38,14 +36,9 @@ struct partial_com {
   static void run(Robot& robot, const TransformT<RotationMatrix>* iX1, int excludedBody,
                   Eigen::MatrixBase<Derived>& comSum) {
     simd::Vector3 sum = Robot::inertias[0].h;
-    visit(typename node_t<Robot, 0>::children{}, robot, iX1, excludedBody, sum);
+    internal::depth_first_traversal_internal<internal::PartialComVisitor, Robot, 0>::runChildren(robot, iX1,
+                                                                                                 excludedBody, sum);
     comSum = Eigen::Vector3f(sum);
-  }
-
- private:
-  template <int... Children, typename... Args>
-  static void visit(std::integer_sequence<int, Children...>, Robot& robot, Args&... args) {
-    (internal::depth_first_traversal_internal<internal::PartialComVisitor, Robot, Children>::run(robot, args...), ...);
   }
 };
 

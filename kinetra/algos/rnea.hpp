@@ -20,10 +20,10 @@ namespace kinetra {
 
 namespace internal {
 
-/// v_i and a_i. parent is null for the root, whose parent is the world; it is an argument at run time so that all nodes
-/// with the same types of joint and rotation share one function.
+/// v_i and a_i. parent is null for the root, whose parent is the world; that is decided at run time so that this
+/// function can be shared.
 template <typename Joint, typename Rotation>
-[[gnu::noinline]] std::pair<simd::Motion, simd::Motion> updateKinematics(
+[[gnu::noinline]] std::pair<simd::Motion, simd::Motion> moveWithParent(
     NodeState<Joint, Rotation>& n, const Body* parent, const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
   const auto X = load(n.sXp);
   const auto S = load(n.joint.S);
@@ -37,7 +37,7 @@ template <typename Joint, typename Rotation>
   return {vi, ai};
 }
 
-/// f_p += pX*_i f_i, one function for all nodes of the same types as well.
+/// f_p += pX*_i f_i
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] void addForceToParent(const NodeState<Joint, Rotation>& n, Force& f_parent) {
   store(load(f_parent) + load(n.sXp).applyInv(load(n.joint.f)), f_parent);
@@ -61,7 +61,7 @@ struct rnea<Robot, false> {
       if constexpr (p >= 0) {
         parent = &node<p>(robot).body;
       }
-      return internal::updateKinematics(node<i>(robot), parent, ddq_i);
+      return internal::moveWithParent(node<i>(robot), parent, ddq_i);
     }
   };
 

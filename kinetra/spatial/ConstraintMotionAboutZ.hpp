@@ -19,12 +19,12 @@ struct ConstraintMotionAboutZ {
   /// S a: the joint's motion for one rate or acceleration a (rad/s, rad/s^2).
   Motion operator*(const Eigen::Matrix<float, 1, 1>& a) const { return {angular * a[0], linear * a[0]}; }
 
-  /// I S = (I_xz, I_yz, I_zz, -h_y, h_x, 0): the momentum of a body of inertia I for a unit rate. By the pattern of S,
-  /// whose one column is number 0.
-  static Force momentum(const Inertia& inertia, int = 0) {
+  /// I S = (I_xz, I_yz, I_zz, -h_y, h_x, 0): the momentum of a body of inertia I for a unit rate, from the pattern of
+  /// S. The argument is the column of S, as for other joints; this one has column 0 alone.
+  static Force momentum(const Inertia& inertia, int /*column*/ = 0) {
     const Float4 h = inertia.h_m;
-    const Float4 yx = shuffle<1, 1, 4, 4>(-h, h);  // -hy -hy hx hx
-    return {inertia.I.column2(), Vector3(shuffle<0, 2, 4, 4>(yx, Float4{}))};
+    const Float4 yx = shuffle<1, 1, 4, 4>(-h, h);                              // -hy -hy hx hx
+    return {inertia.I.column2(), Vector3(shuffle<0, 2, 4, 4>(yx, Float4{}))};  // . | -hy hx 0
   }
 
   /// S'f, the component of f along the joint's coordinate, into one float: all six products.
@@ -41,6 +41,7 @@ class ConstraintMotionAboutZ {
 
   ConstraintMotionAboutZ() { S_ << 0.0F, 0.0F, 1.0F, 0.0F, 0.0F, 0.0F; }
 
+  /// The stored column, for products such as F'S.
   const Eigen::Matrix<float, 6, 1>& matrix() const { return S_; }
 
   /// S a and S'f

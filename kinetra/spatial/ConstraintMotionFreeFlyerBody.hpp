@@ -6,16 +6,19 @@ namespace kinetra::Spatial {
 
 namespace simd {
 
-/// Its 36 floats stay where they are stored; only its columns are read, one by one.
+/// S never changes, so nothing of it is loaded: each operation knows its ones and zeros. Products with the zeros are
+/// formed all the same, because they decide the sign of a zero and what comes of an infinity.
 struct ConstraintMotionFreeFlyerBody {
   static constexpr int size = 36;
 
-  const float* columns;
-
-  static ConstraintMotionFreeFlyerBody load(const float* p) { return {p}; }
+  static ConstraintMotionFreeFlyerBody load(const float*) { return {}; }
 
   /// The joint's motion for a unit rate of coordinate k.
-  Motion column(int k) const { return Motion::load(columns + 6 * k); }
+  static Motion column(int k) {
+    const Vector3 zero(0.0F, 0.0F, 0.0F);
+    const Vector3 axis(k % 3 == 0 ? 1.0F : 0.0F, k % 3 == 1 ? 1.0F : 0.0F, k % 3 == 2 ? 1.0F : 0.0F);
+    return k < 3 ? Motion{zero, axis} : Motion{axis, zero};
+  }
 
   /// S a: the joint's motion for six rates or accelerations a, linear first. They are read one by one, as they often
   /// come from a copy that the compiler made in pieces of its own.
@@ -25,7 +28,7 @@ struct ConstraintMotionFreeFlyerBody {
   }
 
   /// Column k of I S: the momentum of a body of inertia I for a unit rate of coordinate k.
-  Force momentum(const Inertia& inertia, int k) const { return inertia * column(k); }
+  static Force momentum(const Inertia& inertia, int k) { return inertia * column(k); }
 
   /// S'f, the six components of f along the joint's coordinates, into six floats. S is its own transpose.
   static void transposeTimes(Force f, float* projected) {
@@ -39,8 +42,7 @@ struct ConstraintMotionFreeFlyerBody {
     Vector3 last;
   };
 
-  /// S (a, b) = (b, a), by the pattern of S. Each entry takes the products with the five zeros of its row along, which
-  /// decide the sign of a zero and what comes of an infinity, so that all bits are those of the full product.
+  /// S (a, b) = (b, a), each entry with the products by the five zeros of its row, to the bits of the full product.
   static Halves swapHalves(Vector3 a, Vector3 b) {
     const Vector3 a0 = a * 0.0F;
     const Vector3 b0 = b * 0.0F;
@@ -65,6 +67,7 @@ class ConstraintMotionFreeFlyerBody {
     S_.bottomLeftCorner<3, 3>().setIdentity();
   }
 
+  /// The stored columns, for products such as F'S.
   const Eigen::Matrix<float, 6, 6>& matrix() const { return S_; }
 
   /// S a and S'f

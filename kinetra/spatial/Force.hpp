@@ -41,7 +41,7 @@ class Force {
   explicit Force(const Vector6& f) : Force(simd::Force::load(f.data())) {}
   operator Vector6() const { return (Vector6() << couple_, force_).finished(); }
 
-  static Force zero() { return Force(Vector6(Vector6::Zero())); }
+  static Force zero() { return Force(Vector6::Zero()); }
 
   const Eigen::Vector3f& couple() const { return couple_; }
   const Eigen::Vector3f& force() const { return force_; }

@@ -14,15 +14,17 @@ struct Inertia {
   Float4 h_m;  ///< h, and m in lane 3
   SymmetricMatrix I;
 
-  static Inertia load(const float* p) { return {shuffle<1, 2, 3, 0>(load4(p)), SymmetricMatrix::load(p + 4)}; }
+  static Inertia load(const float* p) {
+    return {shuffle<1, 2, 3, 0>(load4(p)), SymmetricMatrix::load(p + 4)};  // m hx hy hz -> hx hy hz m
+  }
   void store(float* p) const {
-    store4(shuffle<3, 0, 1, 2>(h_m), p);
+    store4(shuffle<3, 0, 1, 2>(h_m), p);  // hx hy hz m -> m hx hy hz
     I.store(p + 4);
   }
 
   static Inertia zero() {
     const Vector3 zeros(0.0F, 0.0F, 0.0F);
-    return {zeros.lanes(), SymmetricMatrix(zeros, zeros)};
+    return {Float4{}, SymmetricMatrix(zeros, zeros)};
   }
 
   Vector3 h() const { return Vector3(h_m); }
@@ -39,7 +41,8 @@ inline Force operator*(const Inertia& inertia, Motion a) {
           a.linear * inertia.m() - cross(inertia.h(), a.angular)};
 }
 
-/// A body's first moment in the old frame of X = (E, r), X into the body's frame: m P, with P = E'c + r (kg m).
+/// A body's first moment in another frame (kg m): m P, with P = E'c + r its centre of mass there. X = (E, r) takes that
+/// frame to the body's.
 template <typename Transform>
 Vector3 firstMoment(const Inertia& inertia, const Transform& X) {
   return X.applyInvToPoint(inertia.com()) * inertia.m();

@@ -41,7 +41,7 @@ class Motion {
   explicit Motion(const Vector6& v) : Motion(simd::Motion::load(v.data())) {}
   operator Vector6() const { return (Vector6() << angular_, linear_).finished(); }
 
-  static Motion zero() { return Motion(Vector6(Vector6::Zero())); }
+  static Motion zero() { return Motion(Vector6::Zero()); }
 
   const Eigen::Vector3f& angular() const { return angular_; }
   const Eigen::Vector3f& linear() const { return linear_; }

@@ -6,7 +6,7 @@
 
 namespace kinetra::Spatial::simd {
 
-/// A 3-vector in a register; it converts to and from Eigen's, the stored form. Lane 3 is never looked at.
+/// A 3-vector in a register; it converts to and from Eigen's, the stored form. Lane 3 has no meaning.
 class Vector3 {
  public:
   static constexpr int size = 3;
@@ -20,7 +20,7 @@ class Vector3 {
     return v;
   }
 
-  /// Reads and writes exactly three floats: x and y as one word, then z.
+  /// Reads and writes exactly three floats: x and y as one word, then z. x y . . | z . . . -> x y z .
   static Vector3 load(const float* p) { return Vector3(shuffle<0, 1, 4, 5>(load2(p), Float4{p[2], 0.0F, 0.0F, 0.0F})); }
   void store(float* p) const {
     store2(lanes_, p);

@@ -5,9 +5,12 @@
 
 // Values in registers.
 //
-// Every stored type T of this folder has one form in registers, simd::T, four floats a register. The formulas are
-// written on these forms; an operation of a stored type loads, applies one of them and stores. load(x) returns the form
-// in registers of a stored value x, store(y, x) writes it back.
+// Every stored value type T of this folder has a form simd::T, in which formulas compute: a vector takes one register
+// of four floats, the two small rotations take plain floats. An operation of a stored type loads, applies a formula and
+// stores. load(x) returns the form simd::T of a stored value x, store(y, x) writes it back.
+//
+// A pass loads, computes in registers and stores once. The same formulas chained on stored values give the same bits,
+// but go through memory: inverse dynamics takes 12 % longer.
 //
 // Every operation of a lane rounds once, in the order written, so that results depend neither on the compiler nor on
 // the processor.

@@ -1,5 +1,7 @@
 #include <models/norvaX3/norvaX3.hpp>
 
+#include <kinetra/minus_g.hpp>  // set before the numbers below
+
 // The robot's numbers: metres, kilograms, radians, each decimal the shortest that gives its float exactly. They are set
 // in the order in which they stand here, when the plug-in is loaded.
 

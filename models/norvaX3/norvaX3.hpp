@@ -75,7 +75,7 @@ namespace internal {
 
 /// Whether the children of node i name it as their parent and come in increasing order.
 template <typename Robot, int i, int... Children>
-constexpr bool is_parent_of(std::integer_sequence<int, Children...>) {
+constexpr bool isParentOf(std::integer_sequence<int, Children...>) {
   constexpr int ids[] = {i, Children...};
   for (std::size_t k = 1; k < std::size(ids); ++k) {
     if (ids[k - 1] >= ids[k]) return false;
@@ -84,18 +84,18 @@ constexpr bool is_parent_of(std::integer_sequence<int, Children...>) {
 }
 
 template <typename Robot, int... i>
-constexpr bool tree_is_consistent(std::integer_sequence<int, i...>) {
+constexpr bool treeIsConsistent(std::integer_sequence<int, i...>) {
   return (node_t<Robot, i>::children::size() + ... + 1U) == Robot::nb_bodies &&
          ((node_t<Robot, i>::id == i && node_t<Robot, i>::parent_id == Robot::parents[i] &&
            node_t<Robot, i>::dof_number == Robot::dof_numbers[i] &&
            node_t<Robot, i>::dof_index == Robot::dof_indexes[i] &&
-           is_parent_of<Robot, i>(typename node_t<Robot, i>::children{})) &&
+           isParentOf<Robot, i>(typename node_t<Robot, i>::children{})) &&
           ...);
 }
 
 }  // namespace internal
 
-static_assert(internal::tree_is_consistent<norvaX3>(std::make_integer_sequence<int, norvaX3::nb_bodies>{}),
+static_assert(internal::treeIsConsistent<norvaX3>(std::make_integer_sequence<int, norvaX3::nb_bodies>{}),
               "the tables parents, dof_numbers and dof_indexes and the children must agree with the nodes");
 static_assert(sizeof(norvaX3::Node0) == 608 && sizeof(norvaX3::Node1) == 296 && sizeof(norvaX3::Node2) == 324,
               "a node holds sXp, F, joint and body and nothing else");

@@ -129,6 +129,17 @@ struct Kinematics : testing::TestWithParam<unsigned> {
 };
 INSTANTIATE_TEST_SUITE_P(Seed, Kinematics, testing::Range(1U, 5U));
 
+TEST_P(Kinematics, VisitorsAddToAnyEigenVector) {
+  Eigen::Vector3f sum = norvaX3::inertias[0].h;
+  Eigen::MatrixBase<Eigen::Vector3f>& base = sum;
+  depth_first_traversal_internal<PartialComVisitor, norvaX3, 1>::run(robot, iX1.data(), 2, base);
+  const auto afterTheHead = sum;
+  FwdKiniX1Visitor<norvaX3, 1>::discover(robot, iX1.data(), J, base);
+  const Eigen::Vector3f first = iX1[1].applyInvToPoint(norvaX3::inertias[1].com()) * norvaX3::inertias[1].m;
+  EXPECT_TRUE(identical(afterTheHead, first + norvaX3::inertias[0].h));
+  EXPECT_TRUE(identical(sum, first + afterTheHead));
+}
+
 TEST_P(Kinematics, PosesAgreeWithGeometry) {
   for (int i = 0; i < 16; ++i) {
     const auto b = static_cast<std::size_t>(i);

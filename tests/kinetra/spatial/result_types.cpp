@@ -38,6 +38,11 @@ constexpr void refersTo(Actual&) {
   returns<Inertia>(Inertia::zero());
   returns<Vector6>(I * ConstraintMotionAboutZ());
   returns<Eigen::Matrix<float, 6, 6>>(I * ConstraintMotionFreeFlyerBody());
+  returns<Eigen::Matrix<float, 1, 1>>(ConstraintMotionAboutZ().transposeTimes(f));
+  returns<Vector6>(ConstraintMotionFreeFlyerBody().transposeTimes(f));
+  returns<Vector6>(ConstraintMotionAboutZ() * Eigen::Matrix<float, 1, 1>());
+  returns<Vector6>(ConstraintMotionFreeFlyerBody() * column);
+  returns<Vector6>((column.transpose() * ConstraintMotionFreeFlyerBody().matrix()).transpose().eval());
   refersTo<Vector3>(m.angular());
   refersTo<Vector3>(m.linear());
   refersTo<Vector3>(f.couple());
