@@ -1,10 +1,10 @@
-// lumo-fuzz: takes bytes for a sequence of calls of the interface, with valid indexes and any floats, and makes them
-// while the sanitizers watch. Only those calls may allocate that say so, and none may change the floating-point
-// environment, its flags apart.
+// lumo-fuzz: reads its input as a sequence of calls of the interface, with valid indexes and any floats, and makes
+// these calls under the sanitizers. Only calls that may allocate memory are allowed to do so, and none may change the
+// floating-point environment, apart from its flags.
 //
-// A call is a letter from a to y, a digit for the object, and its arguments: an index is a byte; a float is a capital
-// letter, for one of the values below, or any other byte and then the four of the float. Line breaks between calls are
-// skipped; every other byte stands for something.
+// A call is a letter from a to y, a digit for the object, and the arguments. An index is one byte. A float is a capital
+// letter, which means one of the values below, or any other byte followed by the four bytes of the float. Line breaks
+// between calls are skipped. Every other byte has a meaning, so every input is valid.
 
 #include <algorithm>
 #include <cfenv>
@@ -33,7 +33,7 @@ std::array<unsigned, 3> environment() {
           _mm_getcsr() & ~static_cast<unsigned>(_MM_EXCEPT_MASK)};
 }
 
-/// The bytes, read one argument after another; zeros when they run out.
+/// Reads arguments from the input, one after another. After the end of the input all bytes are zero.
 struct Input {
   const std::uint8_t *next, *end;
 
@@ -69,7 +69,7 @@ using Pose = OX::Math::Transform;
 using Velocity = OX::Math::Velocity6D;
 using Angles = Eigen::Array<float, 15, 1>;
 
-/// What calls work on, and the arguments that are read before every call of a kind.
+/// The objects and the arguments that calls use.
 struct Session {
   Object objects[3] = {Object(create()), Object(create()), Object(create())};
   Eigen::Matrix<float, 3, Eigen::Dynamic> J;
@@ -91,7 +91,7 @@ struct Call {
   Reads reads;
   void (*make)(Object&, Input&, Session&);
 };
-/// Those of the letters a, b, c, ... Each takes an object, its arguments and the session.
+/// The calls of the letters a, b, c, ...
 constexpr Call calls[] = {
     /* a */ {true, nothing, [](Object& o, Input&, Session&) { destroy(o.release()), o.reset(create()); }},
     /* b */ {true, nothing, [](Object& o, Input& in, Session& s) { s.objects[in.index(3)] = o->clone(); }},
@@ -125,7 +125,7 @@ constexpr Call calls[] = {
 void makeCall(Input& in, Session& s) {
   const std::uint8_t letter = in.byte();
   if (letter == '\n') return;
-  const std::size_t number = (letter + 3U) % std::size(calls);  // a letter from a to y stands for itself
+  const std::size_t number = (letter + 3U) % std::size(calls);  // the letters a to y have the numbers 0 to 24
   const Call& call = calls[number];
   const bool mayAllocate = call.mayAllocate || (number == 't' - 'a' && s.J.cols() != 21);
   const std::size_t before = allocations;
@@ -150,7 +150,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const auto inertias = kinetra::norvaX3::inertias;
-  kinetra::norvaX3::inertias = inertias;  // which an earlier sequence may have changed
+  kinetra::norvaX3::inertias = inertias;  // an earlier sequence can have changed them
   Session session;
   for (Input in{data, data + size}; in.next != in.end;) makeCall(in, session);
   return 0;

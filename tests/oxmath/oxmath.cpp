@@ -8,8 +8,8 @@ namespace {
 using namespace lumo::test;
 using namespace OX::Math;
 
-// Elsewhere the six values show in every world pose. Here the axes of roll and yaw are in line, and the angles not
-// unique.
+// Other tests see wrong angles in the world poses. At gimbal lock the axes of roll and yaw coincide, so the angles are
+// not unique, and only the pose can be compared.
 TEST(OxMath, PoseSurvivesGimbalLock) {
   for (const float pitch : {1.57079633F, -1.57079633F}) {
     Transform locked = transformFromPosition6D({1, 2, 3, 0.5F, pitch, -2});

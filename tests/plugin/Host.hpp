@@ -12,7 +12,7 @@ using Table = std::vector<std::int64_t>;
 using Jacobian = Eigen::Matrix<float, 3, Eigen::Dynamic>;
 using OX::Math::Position3D, OX::Math::Transform, OX::Math::Velocity6D;
 
-/// Consecutive floats inside an object: what the interface calls FloatView.
+/// Consecutive floats inside an object. The interface calls this type FloatView.
 struct View {
   const float* from;
   const float* to;
@@ -24,8 +24,8 @@ inline Eigen::MatrixXd toDoubles(const View& view) {
   return Eigen::VectorXf::Map(view.from, view.to - view.from).cast<double>();
 }
 
-/// The interface as a host may have declared it for itself. Only the order of the functions and their types tie it to
-/// the plug-in, so each test checks the places of those that it calls.
+/// The interface as a host could declare it for itself. It must only have the same functions in the same order, so each
+/// test checks the order of the functions that it calls.
 struct Host {
   virtual ~Host() = default;
   virtual std::unique_ptr<Host> clone() const = 0;

@@ -4,8 +4,8 @@
 #include <tests/plugin/answers.hpp>
 #include <tests/plugin/support.hpp>
 
-// The allocation functions of this program, which the loaded plug-in gets too. They count their calls and the blocks
-// that are not freed yet, and can be told to fail.
+// The allocation functions of this program, which the loaded plug-in uses too. They count their calls and the blocks
+// that are not freed yet, and they fail on request.
 
 namespace lumo::test {
 namespace {
@@ -87,8 +87,8 @@ TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
   }
 }
 
-/// How many allocations a call makes, each of which fails once: alone, and then with all that follow it. Each time
-/// std::bad_alloc must arrive, no block stay behind, and the object answer as before.
+/// Lets each allocation of a call fail, alone and then together with all that follow it, and returns the number of
+/// allocations. Each time the call must throw std::bad_alloc, leave no block behind and leave the object as it was.
 template <class Call, class Check>
 std::size_t failedIn(Host& object, const Call& call, const Check& check) {
   const Answers expected = answers(object);
@@ -166,7 +166,7 @@ TEST(Unloading, LeavesNothingBehind) {
       ASSERT_TRUE(isLoaded());
     }
     ASSERT_FALSE(isLoaded()) << "after cycle " << cycle;
-    if (cycle == 9) before = blocks;  // the loader has made its own tables by then
+    if (cycle == 9) before = blocks;  // the loader has allocated its own tables by then
   }
   EXPECT_EQ(blocks, before);
 }

@@ -9,21 +9,21 @@
 
 namespace lumo::test {
 
-/// One result of an object, and what a failure calls it.
+/// One result of an object, with the name that failures print.
 struct Answer {
   std::string what;
   Eigen::MatrixXd value;
 };
 using Answers = std::vector<Answer>;
 
-/// Bit for bit, so that a NaN is equal to itself.
+/// Compares the bits, so that a NaN is equal to itself.
 inline bool operator==(const Answer& a, const Answer& b) {
   const auto bytes = static_cast<std::size_t>(a.value.size()) * sizeof(double);
   return a.what == b.what && a.value.size() == b.value.size() &&
          std::memcmp(a.value.data(), b.value.data(), bytes) == 0;
 }
 
-/// What every query of an object answers. None of them changes the object.
+/// The results of all queries of an object. No query changes the object.
 template <class System>
 Answers queries(const System& o) {
   Answers all;
@@ -67,7 +67,7 @@ Answers queries(const System& o) {
   return all;
 }
 
-/// The same, and what an object computes on the spot.
+/// The results of all queries, and those that an object computes on each call.
 template <class System>
 Answers answers(System& o) {
   Answers all = queries(o);

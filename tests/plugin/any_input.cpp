@@ -6,7 +6,7 @@ namespace {
 
 using namespace lumo::test;
 
-// The first joint turns its body about the root's z axis, so that the pose shows the sine and the cosine.
+// The axis of the first joint is the root's z axis, so the pose contains the sine and the cosine of the joint angle.
 TEST(AnyInput, AnglesOfAnySizeGiveTheRightSine) {
   const auto system = create();
   for (int power = -30; power <= 30; ++power) {

@@ -1,5 +1,5 @@
-// A host compiled for wider vectors than the plug-in: each side frees what the other allocated. Exits with 77 where the
-// processor has no such vectors.
+// A host that is compiled for wider vectors than the plug-in. Each side frees memory that the other has allocated. The
+// exit code is 77 if the processor does not have these vectors.
 
 #include <cstdio>
 

@@ -2,7 +2,7 @@
 
 #include <tests/plugin/support.hpp>
 
-// What the interface promises of a new object, of names, of inputs, of copies and of indexes.
+// The promises of the interface about new objects, names, inputs, copies and indexes.
 
 namespace {
 
@@ -81,7 +81,7 @@ TEST(Contract, UnknownNamesAreNamedInTheException) {
   };
   for (const std::string name : {"", "HeadYaw ", "headYaw", "torso", "Torso"}) {
     EXPECT_EQ(message([&] { return system->getJointAngleId(name); }), "no joint angle named \"" + name + "\"");
-    if (name == "Torso") continue;  // a body, but the root has no joint angle
+    if (name == "Torso") continue;  // the root is a body without a joint angle
     EXPECT_EQ(message([&] { return system->getBodyId(name); }), "no body named \"" + name + "\"");
   }
 }
@@ -129,7 +129,7 @@ TEST(Contract, JointAnglesAreReadBackAsTheyWereSetAndKeptInTheirView) {
   for (const Kind& kind : kinds) {
     const View view = ((*system).*kind.all)();
     ASSERT_EQ(view.size(), nb_joint_angles) << kind.name;
-    const Eigen::ArrayXf numbers = Eigen::ArrayXf::LinSpaced(20, first, first + 19);  // of which fifteen are taken
+    const Eigen::ArrayXf numbers = Eigen::ArrayXf::LinSpaced(20, first, first + 19);  // fifteen are read
     ((*system).*kind.setAll)(numbers);
     EXPECT_TRUE(identical(view, numbers.head(15))) << kind.name;
     for (Size k = 0; k < nb_joint_angles; ++k) {
@@ -152,7 +152,7 @@ TEST(Contract, OneTorqueIsThatOfTheView) {
   }
 }
 
-/// What answers of the first list differ in the second.
+/// The names of the answers that differ between two lists.
 std::string changes(const Answers& before, const Answers& after) {
   std::string names;
   for (std::size_t i = 0; i < before.size(); ++i) {

@@ -3,14 +3,14 @@
 
 #include <tests/plugin/support.hpp>
 
-// Which operation brings which result up to date: what docs/freshness.md promises.
+// Tests which operation brings which result up to date, as docs/freshness.md says.
 
 namespace {
 
 using namespace lumo::test;
 using Eigen::MatrixXd;
 
-/// A column for each body but the root.
+/// One column for each body except the root.
 template <class Read>
 MatrixXd each(Read read) {
   MatrixXd all;
@@ -40,8 +40,9 @@ const std::map<std::string, MatrixXd (*)(Host&)> results = {
     {"massMatrix", [](Host& s) { return toDoubles(s.getGeneralizedMass()); }},
     {"torques", [](Host& s) { return toDoubles(s.getJointAnglesTorque()); }},
     {"masses", [](Host& s) { return each([&s](Size b) { return s.getPartialMass(b); }); }},
-    {"rootOfNodes", rootColumnsOfPartialJacobian},  // they show it
-    {"jointsOfNodes",  // which the mass matrix would take if it were computed
+    // The configuration inside the object: these columns show its root, and a mass matrix computed from it its joints.
+    {"rootOfNodes", rootColumnsOfPartialJacobian},
+    {"jointsOfNodes",
      [](Host& s) {
        const auto clone = s.clone();
        clone->computeGeneralizedMass();
@@ -67,9 +68,9 @@ const std::map<std::string, void (*)(Host&)> operations = {
 };
 
 struct Row {
-  const char* set;       // after everything was computed
-  const char* run;       // then
-  const char* upToDate;  // all other results are still the old ones, bit for bit
+  const char* set;       // the setter that is called after everything was computed
+  const char* run;       // the operation that is called next
+  const char* upToDate;  // the results that are new; all others have the old bits
 };
 const Row rows[] = {
     {"setRootPose", "", "rootPose"},

@@ -1,6 +1,6 @@
 #include <tests/plugin/support.hpp>
 
-// What must hold between the results of different passes: each is computed here from others.
+// Relations between the results of different passes: each test computes a result from other results.
 
 namespace {
 
@@ -14,7 +14,7 @@ struct Identities : testing::TestWithParam<unsigned> {
   const MatrixXd H = toDoubles(system->getGeneralizedMass()), J = toDoubles(system->getJacobianInRoot());
   const double mass = static_cast<double>(system->getMass());
 
-  /// Mass times centre of mass in the world, of one body and of all.
+  /// Mass times centre of mass in the world, of one body and of all bodies.
   Vector3d moment(Size b) const {
     return static_cast<double>(system->getMass(b)) * toDoubles(system->getComPosition(b));
   }
@@ -70,7 +70,7 @@ TEST_P(Identities, ThePartialJacobiansColumnForARootTurnIsTheMomentumOfTheOtherB
 
 TEST_P(Identities, ThePartialJacobiansAddUpToTheMassMatrixsMomentum) {
   MatrixXd sum = MatrixXd::Zero(3, 21);
-  for (Size b = 0; b < nb_bodies; ++b) sum += partialJacobian(b);  // which leave each body out once in sixteen
+  for (Size b = 0; b < nb_bodies; ++b) sum += partialJacobian(b);  // each body is left out of one of the 16
   EXPECT_TRUE(near(sum, 15 * root.linear() * H.topRows(3), 64 * epsilon * mass));
 }
 

@@ -34,7 +34,7 @@ TEST_F(Masses, AreAddedUpAgainByANewObjectButNotByAClone) {
   const float total = system->getMass();
   float sum = 0;
   for (Size b = 0; b < nb_bodies; ++b) sum += system->getMass(b);
-  ASSERT_NE(sum, total);  // by rounding, for this mass
+  ASSERT_NE(sum, total);  // they differ by rounding for this mass
   const auto clone = system->clone();
   EXPECT_TRUE(identical(system->getMass(), total));
   const auto added = create(plugin);

@@ -2,7 +2,7 @@
 
 #include <tests/support/output.hpp>
 
-// The plug-in's file.
+// Tests of the file of the plug-in.
 
 namespace {
 
@@ -12,7 +12,7 @@ TEST(Module, ExportsTwoFunctions) {
   EXPECT_EQ(output(LUMO_NM " -D --defined-only -j " LUMO_PLUGIN " | sort").first, "create\ndestroy\n");
 }
 
-// A sanitizer's runtime is in the program, not in the libraries that the file names.
+// The runtime of a sanitizer is in the program and not in the libraries that the file names.
 TEST(Module, LacksNoFunctionOrLibrary) {
   const char* const missing = "ldd -r " LUMO_PLUGIN " 2>&1 | grep -E 'undefined|not found' | grep -vE '__(a|t|ub)san_'";
   EXPECT_EQ(output(missing).first, "");

@@ -14,8 +14,8 @@
 #include <tools/State.hpp>
 #include <tools/toFloats.hpp>
 
-// What the tests of the loaded plug-in share. They make host values by the operations that the plug-in itself relies
-// on and read them as floats, so that they hold for any library that takes the stand-in's place.
+// Helpers for the tests of the loaded plug-in. They make host values with the operations that the plug-in needs, and
+// read them as floats, so that the tests work with any math library.
 
 namespace lumo::test {
 
@@ -29,7 +29,7 @@ inline Object create(const Plugin& plugin) {
   const std::shared_ptr<RigidBodySystem> object = plugin.create();
   return {object, reinterpret_cast<Host*>(object.get())};
 }
-/// From a plug-in that is never unloaded, so that the sanitizers can still name its functions when they report.
+/// Creates an object from a plug-in that is never unloaded, so that the sanitizers can name its functions in reports.
 inline Object create() {
   static const Plugin& plugin = *new Plugin(LUMO_PLUGIN);
   return create(plugin);
@@ -57,7 +57,7 @@ inline Object computed(const State& x) {
   return system;
 }
 
-/// Bit for bit. A failure tells the first answer that differs.
+/// Compares the bits. A failure names the first answer that differs.
 inline testing::AssertionResult identical(const Answers& actual, const Answers& expected) {
   const auto [a, e] = std::mismatch(actual.begin(), actual.end(), expected.begin(), expected.end());
   if (a == actual.end() && e == expected.end()) return testing::AssertionSuccess();

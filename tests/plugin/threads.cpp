@@ -7,7 +7,7 @@ namespace {
 
 using namespace lumo::test;
 
-/// The answers of an object and its clones to some states; other states for another seed.
+/// The answers of an object and of its clones in several states, which depend on the seed.
 Answers work(Host& system, unsigned seed) {
   Answers all;
   for (unsigned i = 0; i < 20; ++i) {
@@ -19,7 +19,7 @@ Answers work(Host& system, unsigned seed) {
   return all;
 }
 
-// Also run under the thread sanitizer. Creation, which must overlap nothing, comes first.
+// This test also runs under the thread sanitizer. The objects are created first, because creation must overlap nothing.
 TEST(Threads, DistinctObjectsAnswerAsOnOneThread) {
   constexpr unsigned count = 4;
   std::vector<Object> objects;

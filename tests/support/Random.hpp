@@ -7,7 +7,7 @@
 
 namespace lumo::test {
 
-/// Generic inputs: no two entries equal, none zero. Put the seed into a SCOPED_TRACE.
+/// Random inputs, in which no two entries are equal and none is zero. Put the seed into a SCOPED_TRACE.
 class Random {
  public:
   explicit Random(unsigned seed) : next_(seed) {}
@@ -20,7 +20,7 @@ class Random {
     const Eigen::Vector4d q = matrix<4>().cast<double>().normalized();
     return Eigen::Quaterniond(q).toRotationMatrix().cast<float>();
   }
-  /// Ten numbers; no rigid body need have them.
+  /// Ten random numbers, which no rigid body needs to have.
   kinetra::Spatial::Inertia inertia(float size = 1.0F) {
     return {1.0F + 0.5F * matrix<1>()[0], matrix<3>(size).eval(), matrix<6>(size)};
   }

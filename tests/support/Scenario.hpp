@@ -14,7 +14,7 @@ namespace lumo::test {
 
 constexpr float nan_f = std::numeric_limits<float>::quiet_NaN();
 
-/// f(node) for every node of a robot, in the order of ids.
+/// Calls f(node) for every node of a robot, in the order of ids.
 template <typename F, int... i>
 void forEachNode(kinetra::norvaX3& robot, F f, std::integer_sequence<int, i...>) {
   (f(kinetra::node<i>(robot)), ...);
@@ -24,7 +24,7 @@ void forEachNode(kinetra::norvaX3& robot, F f) {
   forEachNode(robot, f, std::make_integer_sequence<int, 16>{});
 }
 
-/// Sets what the passes over the tree write, all but joint transforms and velocities, to NaN.
+/// Sets everything that the passes over the tree write to NaN, except the joint transforms and velocities.
 inline void spoil(kinetra::norvaX3& robot) {
   forEachNode(robot, [](auto& n) {
     const Eigen::Matrix<float, 6, 1> nans = Eigen::Matrix<float, 6, 1>::Constant(nan_f);
@@ -35,8 +35,8 @@ inline void spoil(kinetra::norvaX3& robot) {
   });
 }
 
-/// A state of motion as the passes take it. For odd seeds, bodies of generic inertia replace the robot's own, in which
-/// many entries are zero, for as long as the scenario lives. A failure tells the seed.
+/// A state of motion in the types that the passes need. Many entries of the robot's inertias are zero, so odd seeds
+/// replace them by random inertias as long as the scenario exists. A failure prints the seed.
 struct Scenario {
   using Vector21 = Eigen::Matrix<float, 21, 1>;
 

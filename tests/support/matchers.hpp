@@ -10,8 +10,8 @@
 
 namespace lumo::test {
 
-/// Entry by entry; NaN fails. A failure tells the worst entry. A negative tolerance asks for the same value and sign
-/// of zero.
+/// Compares two matrices entry by entry. NaN fails. A failure prints the worst entry. A negative tolerance requires
+/// equal values, and equal signs of zeros.
 inline testing::AssertionResult compare(const Eigen::MatrixXd& actual, const Eigen::MatrixXd& expected,
                                         const Eigen::MatrixXd& tolerance) {
   if (actual.rows() != expected.rows() || actual.cols() != expected.cols()) {
@@ -42,7 +42,7 @@ testing::AssertionResult near(const Actual& actual, const Expected& expected, do
   return compare(toDoubles(actual), e, Eigen::MatrixXd::Constant(e.rows(), e.cols(), tolerance));
 }
 
-/// Within k float epsilons of each entry's magnitude.
+/// Accepts an error of k float epsilons of the magnitude of each entry.
 template <class Actual>
 testing::AssertionResult near(const Actual& actual, const oracle::Estimate& expected, double k) {
   return compare(toDoubles(actual), expected.value, k * 0x1p-23 * expected.magnitude);

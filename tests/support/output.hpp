@@ -6,7 +6,7 @@
 
 namespace lumo::test {
 
-/// What a command writes to standard output, and whether it succeeds.
+/// Runs a command. Returns its standard output and whether it succeeds.
 inline std::pair<std::string, bool> output(const std::string& command) {
   std::FILE* pipe = popen(command.c_str(), "r");
   std::string text;

@@ -10,7 +10,7 @@ template <class Derived>
 std::true_type isMatrix(const Eigen::EigenBase<Derived>*);
 std::false_type isMatrix(const void*);
 
-/// A matrix, a number or a value of the host's math library in double precision, which holds its floats exactly.
+/// Converts a matrix, a number or a value of the host's math library to double precision, which is exact.
 template <class Value>
 Eigen::MatrixXd toDoubles(const Value& value) {
   if constexpr (decltype(isMatrix(static_cast<const Value*>(nullptr)))::value) {

@@ -7,8 +7,8 @@
 #include <tests/plugin/support.hpp>
 #include <tests/support/output.hpp>
 
-// What the inspector reads and shows. Its whole output for one state is compared with files on record, by
-// CMakeLists.txt.
+// Tests of what the inspector reads and shows. Tests in CMakeLists.txt compare its whole output in one state with
+// recorded files.
 
 namespace {
 
@@ -17,7 +17,7 @@ using nlohmann::json;
 
 std::string shown(const std::string& options) { return output(LUMO_INSPECT " " + options).first; }
 
-/// What it shows for a state as JSON, and an object that was set to that state.
+/// The JSON report of a state, and an object in that state.
 struct InspectorJson : testing::Test {
   const json report = json::parse(
       shown("--root 0.1,0.2,0.3,0.4,0.5,0.6 --joint KneePitch=0.7 --joint LElbowYaw=-0.8 --velocity HipPitch=0.9"

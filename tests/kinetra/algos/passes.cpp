@@ -34,7 +34,7 @@ TEST(FreeFlyerBodyJoint, TurnsByYawThenPitchThenRoll) {
 TEST(FreeFlyerBodyJoint, TakesItsProductsInAFixedOrder) {
   kinetra::FreeFlyerBodyJoint joint;
   joint.jcalc_pos({0.0F, 0.0F, 0.0F, 1.94F, 1.48F, -2.28F});
-  Eigen::Matrix3f expected;  // any other grouping of a product of three changes one of these
+  Eigen::Matrix3f expected;  // any other order of a product of three factors changes one of these
   expected << -0.0590480343F, -0.0688089356F, -0.995880842F, -0.87870419F, -0.469817132F, 0.0845616981F, -0.473700464F,
       0.880077958F, -0.0327209271F;
   EXPECT_TRUE(identical(joint.Xj.E.matrix(), expected));
@@ -43,7 +43,8 @@ TEST(FreeFlyerBodyJoint, TakesItsProductsInAFixedOrder) {
   EXPECT_TRUE(identical(joint.Xj.E.matrix(), expected));
 }
 
-/// Two robots, all of whose results are NaN and all of whose joints have the velocity 7, after a pass of each kind.
+/// Two robots after one joint pass each: `full` with velocities, the other without. Before the pass all results were
+/// NaN and all joint velocities 7.
 struct Jcalc : testing::Test {
   const Scenario s{2};
   norvaX3 full, positionOnly;
@@ -100,7 +101,7 @@ TEST_F(Jcalc, WritesNothingElse) {
   });
 }
 
-/// All results of the kinematics, which start as NaN, and what geometry says of them.
+/// All results of the kinematics, which are NaN before, and the reference.
 struct Kinematics : testing::TestWithParam<unsigned> {
   const Scenario s{GetParam()};
   const oracle::WholeRobot expected{s.q};
@@ -198,7 +199,7 @@ TEST_P(Kinematics, FirstMomentWithoutABodyOfNoMassIsFinite) {
   EXPECT_TRUE(near(comSumWithout(5), expected.firstMomentInRoot(5), 4));
 }
 
-/// A robot whose joint passes have run, and what the laws of Newton and Euler say of it.
+/// A robot whose joint passes have run, and the reference.
 struct Dynamics : testing::TestWithParam<unsigned> {
   static constexpr float untouched = -7.0F;
 
@@ -207,13 +208,13 @@ struct Dynamics : testing::TestWithParam<unsigned> {
   norvaX3 robot;
 
   Dynamics() {
-    // Velocities are those of the last joint pass with velocities, positions those of the last of any kind.
+    // The second pass replaces the positions of the first one and leaves the velocities.
     depth_first_traversal<JcalcVisitor, norvaX3>::run(robot, s.ddq, s.dq);
     depth_first_traversal<JcalcPosVisitor, norvaX3>::run(robot, s.q);
     spoil(robot);
   }
 
-  /// The true mass matrix; entries that couple two branches are not written.
+  /// The reference for a mass matrix in which the pass does not write the entries between two branches.
   oracle::Estimate massMatrix(int excluded) const {
     oracle::Estimate H = whole.massMatrix(excluded);
     const Eigen::Array<bool, 21, 21> apart = whole.massMatrix().magnitude.array() == 0.0;
@@ -258,7 +259,7 @@ TEST_P(Dynamics, MassMatrixOfALastJointIsItsBodysInertia) {
 
 TEST_P(Dynamics, MassMatrixLeavesItsForcesAtTheRoot) {
   const Eigen::MatrixXf H = crba();
-  forEachNode(robot, [&H](const auto& n) {  // where S only swaps their halves
+  forEachNode(robot, [&H](const auto& n) {  // the root's S swaps the halves of a force
     const auto couplings = H.block(0, n.dof_index, 6, n.dof_number);
     EXPECT_TRUE(identical(n.F.topRows(3), couplings.bottomRows(3))) << "node " << n.id;
     EXPECT_TRUE(identical(n.F.bottomRows(3), couplings.topRows(3))) << "node " << n.id;

@@ -4,7 +4,7 @@
 #include <kinetra/spatial/ConstraintMotionFreeFlyerBody.hpp>
 #include <kinetra/spatial/Transform.hpp>
 
-// What each operation on stored values returns. Nothing runs: a wrong type fails to compile.
+// The types that the operations on stored values return. They are checked at compile time.
 
 namespace kinetra::Spatial {
 

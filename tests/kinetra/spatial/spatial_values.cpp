@@ -7,7 +7,7 @@
 #include <tests/support/matchers.hpp>
 #include <tools/accuracy/BodyData.hpp>
 
-// The spatial value types against the 6 x 6 matrices that define them, in double precision.
+// Compares the spatial value types with the 6 x 6 matrices that define them, in double precision.
 
 namespace {
 
@@ -15,7 +15,7 @@ using namespace lumo::test;
 using namespace kinetra::Spatial;
 using Vector6f = Eigen::Matrix<float, 6, 1>;
 using Matrix6d = Eigen::Matrix<double, 6, 6>;
-constexpr double tolerance = 3e-6;  // of sums of a few products of numbers below 1
+constexpr double tolerance = 3e-6;  // for sums of a few products of numbers below 1
 
 Eigen::Matrix3d skew(const Eigen::Vector3f& a) {
   const Eigen::Vector3d d = a.cast<double>();
@@ -38,7 +38,7 @@ TransformT<Rotation> make(Random& random) {
   if constexpr (std::is_same_v<Rotation, RotationMatrix>) {
     return {Rotation(random.rotation()), r};
   } else {
-    return {Rotation(2.0F), r};  // an angle, or the scale that an identity ignores here
+    return {Rotation(2.0F), r};  // an angle for RotationMatrixAboutZ, the factor k for RotationMatrixIdentity
   }
 }
 
@@ -60,7 +60,7 @@ TEST(Rotations, ARotationAboutZCopiesTheThirdRow) {
 
 TEST(Rotations, TheThirdColumnOfAProductIsTheCrossProductOfTheOthers) {
   Random random(1);
-  const RotationMatrix A(random.rotation()), B(random.matrix<3, 3>());  // B far from orthonormal
+  const RotationMatrix A(random.rotation()), B(random.matrix<3, 3>());  // B is far from orthonormal
   const Eigen::Matrix3f AB = (A * B).matrix();
   EXPECT_TRUE(identical(AB.col(2), AB.col(0).cross(AB.col(1))));
 }
@@ -184,7 +184,7 @@ TYPED_TEST(Subspaces, SelectEntriesWithoutRounding) {
   EXPECT_TRUE(near(S.transposeTimes(Force(f)), expected.transpose() * f.cast<double>(), 0.0));
 }
 
-/// The full product, summed in order. Any NaN is as good as another, so it becomes a number.
+/// The full product, summed in order. Every NaN is replaced by the same number, so that any two are equal.
 Eigen::VectorXf product(const Eigen::MatrixXf& A, const Eigen::VectorXf& x) {
   Eigen::VectorXf sum = A.col(0) * x[0];
   for (Eigen::Index j = 1; j < A.cols(); ++j) sum += A.col(j) * x[j];

@@ -15,7 +15,7 @@ using kinetra::norvaX3;
 
 TEST(Model, RecordStartsWithItsDefaults) {
   alignas(norvaX3) static unsigned char memory[sizeof(norvaX3)];
-  void* (*volatile fill)(void*, int, std::size_t) = std::memset;  // nothing unset may look like zero
+  void* (*volatile fill)(void*, int, std::size_t) = std::memset;  // members not set must not be zero
   fill(memory, 0xff, sizeof memory);
   const Eigen::Matrix<float, 6, 1> zero = Eigen::Matrix<float, 6, 1>::Zero();
   forEachNode(*new (memory) norvaX3, [&zero](auto& n) {

@@ -6,7 +6,8 @@ namespace {
 
 using Eigen::Vector2f;
 
-/// Whether errors of results whose true values are 1 and 0, both of magnitude 1, are as stated: one float epsilon.
+/// Whether the errors of two results are as stated, one float epsilon. The true values are 1 and 0, the magnitudes
+/// are 1.
 bool areAsStated(const Vector2f& result) {
   oracle::Errors errors("a kind", 1.0);
   errors.add(result, {Eigen::Vector2d(1.0, 0.0), Eigen::Vector2d::Ones()});
