@@ -20,8 +20,8 @@
 #include <fmt/format.h>
 #include <mpfr.h>
 
-#include <tools/program.hpp>
 #include <kinetra/spatial/SinCos.hpp>
+#include <tools/program.hpp>
 
 namespace {
 

@@ -33,8 +33,8 @@ class Errors {
     }
   }
 
-  /// Whether the largest error is between a quarter of the stated one and twice it. A much smaller error would show that
-  /// the magnitudes are too large, or that nothing was compared.
+  /// Whether the largest error is between a quarter of the stated one and twice it. A much smaller error would show
+  /// that the magnitudes are too large, or that nothing was compared.
   bool isAsStated() const { return largest_ >= 0.25 * stated_ && largest_ <= 2.0 * stated_; }
   const char* kind() const { return kind_; }
   std::string row() const {
