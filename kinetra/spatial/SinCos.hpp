@@ -152,7 +152,7 @@ std::array<SinCos, n> sinCos(const float* angles) {
   constexpr int groups = (n + 3) / 4;
   constexpr int pairs = (n + 1) / 2;
   const auto first = [](int group) { return n < 4 ? 0 : std::min(4 * group, n - 4); };
-  const auto load = [angles](int i) {
+  const auto anglesFrom = [angles](int i) {
     if constexpr (n == 1) return Float4{angles[0]};
     if constexpr (n == 3) return Float4{angles[0], angles[1], angles[2]};
     Float4 x;
@@ -166,7 +166,7 @@ std::array<SinCos, n> sinCos(const float* angles) {
 #pragma GCC unroll 1
   for (int g = 0; g < groups; ++g) {
     const int i = first(g);
-    const Bits4 magnitude = reinterpret_cast<Bits4>(load(i)) & 0x7fffffffU;
+    const Bits4 magnitude = reinterpret_cast<Bits4>(anglesFrom(i)) & 0x7fffffffU;
     excess |= 0x47ffffffU - magnitude;  // sets the first bit from 2^17 on
     const auto x = reinterpret_cast<Float4>(magnitude);
     const Float4 shifted = x * 0x1.45f306p-1F + 0x1.8p23F;  // its last bits are those of k
@@ -205,7 +205,7 @@ std::array<SinCos, n> sinCos(const float* angles) {
     };
     Float4 s = round(sine + i / 2);
     Float4 c = round(cosine + i / 2);
-    turn(s, c, ks[g], reinterpret_cast<Bits4>(load(i)) & 0x80000000U);
+    turn(s, c, ks[g], reinterpret_cast<Bits4>(anglesFrom(i)) & 0x80000000U);
     const Float4 lower = __builtin_shufflevector(s, c, 0, 4, 1, 5);
     const Float4 upper = __builtin_shufflevector(s, c, 2, 6, 3, 7);
     std::memcpy(results.data() + i, &lower, sizeof(SinCos) * std::min(n, 2));
