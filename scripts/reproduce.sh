@@ -1,6 +1,6 @@
 #!/bin/bash
 # Shows that the plug-in computes the same bits however it is built: builds it in several ways, drives each through the
-# same 2,000 states and compares a hash of every kind of result. --all adds more ways, among them another processor.
+# same 2,000 states and compares a hash of every kind of result. --all adds more ways, among them other processors.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -12,7 +12,12 @@ case "$*" in
 esac
 
 folder=build/reproduce
-install_missing clang ${all:+g++-aarch64-linux-gnu qemu-user}
+# Cross-compiled for and emulated. The last one stores the bytes of a number in the opposite order.
+processors=()
+[[ -z $all ]] || processors=(aarch64 riscv64 s390x)
+packages=(clang ${all:+qemu-user})
+for processor in "${processors[@]}"; do packages+=("g++-$processor-linux-gnu"); done
+install_missing "${packages[@]}"
 
 # The first way is the one the others are compared with, and the one whose lumo-digest drives them.
 ways=("gcc -O3" "clang -O3" "gcc -O0")
@@ -24,7 +29,9 @@ if grep -qw avx2 /proc/cpuinfo && grep -qw fma /proc/cpuinfo; then
 else
   echo "This processor has no AVX2 and FMA: the builds with $wide are left out."
 fi
-[[ -z $all ]] || ways+=("aarch64-gcc -O0" "aarch64-gcc -O2" "aarch64-gcc -O3")
+for processor in "${processors[@]}"; do
+  ways+=("$processor-gcc -O0" "$processor-gcc -O2" "$processor-gcc -O3")
+done
 # Fuses products and sums, and so must differ: it tries the comparison.
 [[ ${ways[*]} != *"$wide"* ]] || ways+=("gcc -O3 $wide, contracted")
 
@@ -40,11 +47,11 @@ build_way() {
   case $compiler in
     gcc) options=(-D CMAKE_CXX_COMPILER=g++) ;;
     clang) options=(-D CMAKE_CXX_COMPILER=clang++) ;;
-    aarch64-gcc)
+    *-gcc)
       # Header-only libraries are those of this machine.
       flags+=" -idirafter /usr/include"
-      options=(-D CMAKE_CXX_COMPILER=aarch64-linux-gnu-g++ -D CMAKE_SYSTEM_NAME=Linux -D CMAKE_SYSTEM_PROCESSOR=aarch64
-               -D fmt_DIR="/usr/lib/$(g++ -dumpmachine)/cmake/fmt")
+      options=(-D CMAKE_CXX_COMPILER="${compiler%-gcc}-linux-gnu-g++" -D CMAKE_SYSTEM_NAME=Linux
+               -D CMAKE_SYSTEM_PROCESSOR="${compiler%-gcc}" -D fmt_DIR="/usr/lib/$(g++ -dumpmachine)/cmake/fmt")
       targets+=(lumo-digest) ;;
   esac
   [[ $way != "${ways[0]}" ]] || targets+=(lumo-digest)
@@ -60,9 +67,10 @@ build_way() {
 
 # Prints the hashes of one way, one line a kind.
 digest() {
-  local way=$1 driver
+  local way=$1 processor=${1%%-gcc *} driver
   driver=("$(folder_of "${ways[0]}")/bin/lumo-digest")
-  [[ $way != aarch64* ]] || driver=(qemu-aarch64 -L /usr/aarch64-linux-gnu "$(folder_of "$way")/bin/lumo-digest")
+  [[ $processor == "$way" ]] ||
+    driver=("qemu-$processor" -L "/usr/$processor-linux-gnu" "$(folder_of "$way")/bin/lumo-digest")
   "${driver[@]}" --plugin "$(folder_of "$way")/lib/lumo/norvaX3.so"
 }
 
