@@ -1,7 +1,7 @@
 #!/bin/bash
 # Checks that the plug-in computes the same bits however it is built: builds it in several ways, computes all results of
-# the same 2,000 states with each, and compares a hash of every kind of result. --all adds more builds, some for another
-# processor.
+# the same 2,000 states with each, and compares a hash of every kind of result. --all adds more builds, some for other
+# processors.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -13,7 +13,12 @@ case "$*" in
 esac
 
 folder=build/reproduce
-install_missing clang ${all:+g++-aarch64-linux-gnu qemu-user}
+# Processors that builds are cross-compiled for and that are emulated. s390x is big-endian.
+processors=()
+[[ -z $all ]] || processors=(aarch64 riscv64 s390x)
+packages=(clang ${all:+qemu-user})
+for processor in "${processors[@]}"; do packages+=("g++-$processor-linux-gnu"); done
+install_missing "${packages[@]}"
 
 # All builds are compared with the first one. Its lumo-digest loads the plug-ins of the others.
 ways=("gcc -O3" "clang -O3" "gcc -O0")
@@ -25,7 +30,9 @@ if grep -qw avx2 /proc/cpuinfo && grep -qw fma /proc/cpuinfo; then
 else
   echo "This processor has no AVX2 and FMA, so the builds with $wide are left out."
 fi
-[[ -z $all ]] || ways+=("aarch64-gcc -O0" "aarch64-gcc -O2" "aarch64-gcc -O3")
+for processor in "${processors[@]}"; do
+  ways+=("$processor-gcc -O0" "$processor-gcc -O2" "$processor-gcc -O3")
+done
 # This build fuses products and sums, so its bits must differ. It shows that the comparison can fail.
 [[ ${ways[*]} != *"$wide"* ]] || ways+=("gcc -O3 $wide, contracted")
 
@@ -41,11 +48,11 @@ build_way() {
   case $compiler in
     gcc) options=(-D CMAKE_CXX_COMPILER=g++) ;;
     clang) options=(-D CMAKE_CXX_COMPILER=clang++) ;;
-    aarch64-gcc)
+    *-gcc)
       # The header-only libraries of this machine are used.
       flags+=" -idirafter /usr/include"
-      options=(-D CMAKE_CXX_COMPILER=aarch64-linux-gnu-g++ -D CMAKE_SYSTEM_NAME=Linux -D CMAKE_SYSTEM_PROCESSOR=aarch64
-               -D fmt_DIR="/usr/lib/$(g++ -dumpmachine)/cmake/fmt")
+      options=(-D CMAKE_CXX_COMPILER="${compiler%-gcc}-linux-gnu-g++" -D CMAKE_SYSTEM_NAME=Linux
+               -D CMAKE_SYSTEM_PROCESSOR="${compiler%-gcc}" -D fmt_DIR="/usr/lib/$(g++ -dumpmachine)/cmake/fmt")
       targets+=(lumo-digest) ;;
   esac
   [[ $way != "${ways[0]}" ]] || targets+=(lumo-digest)
@@ -61,9 +68,10 @@ build_way() {
 
 # Prints the hashes of one build, one line for each kind of result.
 digest() {
-  local way=$1 driver
+  local way=$1 processor=${1%%-gcc *} driver
   driver=("$(folder_of "${ways[0]}")/bin/lumo-digest")
-  [[ $way != aarch64* ]] || driver=(qemu-aarch64 -L /usr/aarch64-linux-gnu "$(folder_of "$way")/bin/lumo-digest")
+  [[ $processor == "$way" ]] ||
+    driver=("qemu-$processor" -L "/usr/$processor-linux-gnu" "$(folder_of "$way")/bin/lumo-digest")
   "${driver[@]}" --plugin "$(folder_of "$way")/lib/lumo/norvaX3.so"
 }
 
