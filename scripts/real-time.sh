@@ -26,7 +26,7 @@ echo "Instructions of a call in states at rest, usual states (within 3 rad) and 
 echo
 python3 scripts/real_time_table.py "$scratch/0" "$scratch/1" "$scratch/30000" | tee "$scratch/table"
 step="comparing the table with that of docs/real-time.md, line by line"
-diff <(sed -n '/^operation /,/^```/{/^```/!p}' docs/real-time.md) "$scratch/table"
+diff <(sed -n '/^operation  *calls/,/^```/{/^```/!p}' docs/real-time.md) "$scratch/table"
 
 # System calls. The number of system calls of the program must not depend on the number of states.
 step="looking for system calls"

@@ -10,15 +10,13 @@ namespace simd {
 /// formed all the same, because they decide the sign of a zero and what comes of an infinity.
 struct ConstraintMotionFreeFlyerBody {
   static constexpr int size = 36;
+  static constexpr float columns[6][6] = {{0, 0, 0, 1, 0, 0}, {0, 0, 0, 0, 1, 0}, {0, 0, 0, 0, 0, 1},
+                                          {1, 0, 0, 0, 0, 0}, {0, 1, 0, 0, 0, 0}, {0, 0, 1, 0, 0, 0}};
 
   static ConstraintMotionFreeFlyerBody load(const float*) { return {}; }
 
   /// The joint's motion for a unit rate of coordinate k.
-  static Motion column(int k) {
-    const Vector3 zero(0.0F, 0.0F, 0.0F);
-    const Vector3 axis(k % 3 == 0 ? 1.0F : 0.0F, k % 3 == 1 ? 1.0F : 0.0F, k % 3 == 2 ? 1.0F : 0.0F);
-    return k < 3 ? Motion{zero, axis} : Motion{axis, zero};
-  }
+  static Motion column(int k) { return Motion::load(columns[k]); }
 
   /// S a: the joint's motion for six rates or accelerations a, linear first. They are read one by one, as they often
   /// come from a copy that the compiler made in pieces of its own.
@@ -61,11 +59,7 @@ class ConstraintMotionFreeFlyerBody {
   using InRegisters = simd::ConstraintMotionFreeFlyerBody;
   static constexpr int dof_number = 6;
 
-  ConstraintMotionFreeFlyerBody() {
-    S_.setZero();
-    S_.topRightCorner<3, 3>().setIdentity();
-    S_.bottomLeftCorner<3, 3>().setIdentity();
-  }
+  ConstraintMotionFreeFlyerBody() : S_(&simd::ConstraintMotionFreeFlyerBody::columns[0][0]) {}
 
   /// The stored columns, for products such as F'S.
   const Eigen::Matrix<float, 6, 6>& matrix() const { return S_; }
