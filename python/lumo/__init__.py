@@ -1,0 +1,16 @@
+"""The norvaX3 rigid-body system: kinematics and dynamics of one humanoid robot.
+
+    import lumo
+
+    robot = lumo.Plugin().create()
+    robot.setJointAnglePos("KneePitch", 0.3)
+    robot.computeFwdKinematics()
+    robot.getPose("RWristYaw")  # a 4 x 4 NumPy array
+
+The objects have the 56 operations of the C++ interface under the same names: help(lumo.RigidBodySystem).
+They hold Python's interpreter lock while they compute, and start no threads.
+"""
+
+from ._lumo import Plugin, RigidBodySystem, __version__
+
+__all__ = ["Plugin", "RigidBodySystem"]
