@@ -1,0 +1,227 @@
+#!/usr/bin/python3
+"""Simulates the robot in the air with its motors off, and draws its motion, its energy and its joint angles.
+
+The equation of motion is H a + b = tau, where H is the mass matrix, b the forces at zero acceleration, and tau the
+friction of the joints. The program integrates in double precision; the plug-in computes in single precision.
+"""
+
+import sys
+from collections import namedtuple
+
+import matplotlib.pyplot as plt
+import numpy as np
+from matplotlib.patches import Circle, Polygon
+
+import support
+from support import lumo
+
+G = np.array([0, 0, -np.float32(9.81)], dtype=float)  # the plug-in's gravity
+
+# One instant or a sequence of instants. R and p are the root's rotation and position, q the joint angles. v is the
+# root's velocity in its own axes, then the rates of the joints. Centre of mass, linear momentum and angular momentum
+# about the centre of mass are in the world frame.
+Motion = namedtuple("Motion", "time R p q v kinetic potential com linear angular")
+
+# The motion without options: a throw in a pose with bent arms.
+THROW = ["--root=0,0,2,0,0,0", "--push=Torso=12,0,0", "--push=HipPitch=45,0,80", "--joint=HipPitch=0.6",
+         "--joint=KneePitch=0.1", "--joint=LShoulderRoll=-0.5", "--joint=LElbowYaw=0.2", "--joint=LElbowRoll=-0.6",
+         "--joint=LWristYaw=-0.7", "--joint=RShoulderPitch=-0.7", "--joint=RShoulderRoll=0.2", "--joint=RElbowYaw=1",
+         "--joint=RElbowRoll=0.8", "--joint=RWristYaw=0.9"]
+
+
+class FreeRobot:
+    """Forward dynamics. The plug-in always computes with the root at the origin, because only the potential energy
+    depends on p. This keeps the rounding errors small far from the origin."""
+
+    def __init__(self, robot, friction):
+        self.robot, self.friction = robot, friction
+        # These views show later results.
+        self.H, self.torques = robot.getGeneralizedMass(), robot.getJointAnglesTorque()
+        self.com_in_root = robot.getComPositionInRoot()
+        robot.setRootAcceleration(np.zeros(6))
+        robot.setJointAnglesAcc(np.zeros(15))
+
+    def momentum(self, q, v):
+        """Linear momentum, then angular momentum about the root's origin, in the root's axes."""
+        self.robot.setJointAnglesPos(q)
+        self.robot.computeFwdKinematicsExceptRoot()
+        self.robot.computeGeneralizedMass()
+        return self.H[:6] @ v
+
+    def momentum_rate(self, q, v):
+        """The derivative of the momentum for constant v, as a difference of fourth order in which no joint turns by
+        more than 0.2 rad."""
+        dt = 0.05 / max(1e-3, np.abs(v[6:]).max())
+        h = {k: self.momentum(q + k * dt * v[6:], v) for k in (-2, -1, 1, 2)}
+        return (8 * (h[1] - h[-1]) - (h[2] - h[-2])) / (12 * dt)
+
+    def acceleration(self, R, q, v):
+        """The derivative of v. The interface returns only the rows of b for the joints. The six rows for the root are
+        the derivative of the robot's momentum at zero acceleration, minus the force of gravity."""
+        rate = self.momentum_rate(q, v)
+        linear, angular = np.split(self.momentum(q, v), 2)
+        turning = np.hstack([np.cross(v[3:6], linear), np.cross(v[3:6], angular) + np.cross(v[:3], linear)])
+        self.robot.setRootPose(support.pose(R, np.zeros(3)))
+        self.robot.setRootVelocity(v[:6])
+        self.robot.setJointAnglesVel(v[6:])
+        self.robot.computeInverseDynamics()
+        b = np.hstack([rate + turning - self.H[:6, :3] @ (R.T @ G), self.torques])
+        # The friction of a joint is proportional to the inertia that the joint feels when all other joints are free.
+        H = self.H.astype(float)
+        tau = -self.friction * v / np.diag(np.linalg.inv(H))
+        tau[:6] = 0
+        return np.linalg.solve(H, tau - b)
+
+    def measure(self, time, R, p, q, v):
+        linear, angular = np.split(self.momentum(q, v), 2)
+        com = p + R @ self.com_in_root
+        return Motion(time, R, p, q, v, 0.5 * v @ self.H @ v, -self.robot.getMass() * G @ com, com, R @ linear,
+                      R @ (angular - np.cross(self.com_in_root, linear)))
+
+
+def step(robot, R0, p, q, v, dt):
+    """One classical Runge-Kutta step. In the step, the root's rotation is R0 times the rotation by a vector."""
+
+    def slope(y):
+        turned, _, q, v = np.split(y, [3, 6, 21])
+        R, w = R0 @ support.rotation(turned), v[3:6]
+        turn = w + np.cross(turned, w) / 2 + np.cross(turned, np.cross(turned, w)) / 12
+        return np.hstack([turn, R @ v[:3], v[6:], robot.acceleration(R, q, v)])
+
+    y = np.hstack([np.zeros(3), p, q, v])
+    k1 = slope(y)
+    k2 = slope(y + dt / 2 * k1)
+    k3 = slope(y + dt / 2 * k2)
+    k4 = slope(y + dt * k3)
+    turned, p, q, v = np.split(y + dt / 6 * (k1 + 2 * k2 + 2 * k3 + k4), [3, 6, 21])
+    return R0 @ support.rotation(turned), p, q, v
+
+
+def simulate(robot, root, v, seconds, dt, friction=0.0, progress=lambda now: None):
+    """The motion that starts with the joint angles that are set, this pose of the root and the velocity v. A step is
+    divided if a joint turns by more than 0.05 rad in it: the hands spin fast, because their inertia is tiny."""
+    free = FreeRobot(robot, friction)
+    state = root[:3, :3], root[:3, 3], robot.getJointAnglesPos().astype(float), v
+    motion = [free.measure(0.0, *state)]
+    for i in range(1, round(seconds / dt) + 1):
+        parts = 1 + int(np.abs(state[3][6:]).max() * dt / 0.05)
+        try:
+            for _ in range(parts):
+                state = step(free, *state, dt / parts)
+            motion.append(free.measure(i * dt, *state))
+        except (ValueError, np.linalg.LinAlgError):
+            state = None
+        if state is None or not np.abs(state[3]).max() < 1e4:
+            raise RuntimeError(f"at {i * dt:.3g} s the motion is too fast for the step: "
+                               "use a shorter --step or a gentler --push")
+        progress(motion[-1])
+    return Motion(*map(np.array, zip(*motion)))
+
+
+def push(robot, pushes):
+    """The velocity after impulses (N s, world axes) at centres of mass of bodies, while the motors hold the joints."""
+    robot.computeFwdKinematics()
+    robot.computeGeneralizedMass()
+    H, R = robot.getGeneralizedMass(), robot.getRootPose()[:3, :3]
+    v = np.zeros(21)
+    for body, impulse in pushes:
+        J = (R @ H[:3] - robot.computePartialComJacobian(body)) / robot.getMass(body)  # of the body's centre of mass
+        v[:6] += np.linalg.solve(H[:6, :6], J[:, :6].T @ impulse)
+    return v
+
+
+def draw_robot(axes, robot, R, p, q, label, strength):
+    """Draws the robot as seen from its right: the mass of each body as a ball of water, the torso, links and joints."""
+    robot.setRootPose(support.pose(R, p))
+    robot.setJointAnglesPos(q)
+    robot.computeFwdKinematics()
+    parents, colours = robot.getParentsVector(), support.body_colours(robot)
+    joints = np.array([robot.getPose(b)[[0, 2], 3] for b in range(len(parents))])
+    coms = np.array([robot.getComPosition(b)[[0, 2]] for b in range(len(parents))])
+    for b, com in enumerate(coms):
+        radius = np.cbrt(3 * robot.getMass(b) / (4000 * np.pi))
+        axes.add_patch(Circle(com, radius, color=colours[b], alpha=0.13 * strength, linewidth=0))
+    axes.add_patch(Polygon(joints[parents == 0], color=support.PANEL, alpha=strength, linewidth=6, joinstyle="round"))
+    for b, parent in enumerate(parents[1:], start=1):
+        axes.plot(*joints[[parent, b]].T, color=colours[parent], alpha=strength, linewidth=2)
+        if b not in parents:  # the last of a limb
+            axes.plot(*np.transpose([joints[b], coms[b]]), color=colours[b], alpha=strength, linewidth=2)
+    axes.scatter(*joints.T, s=7, c="white", edgecolors=colours, linewidths=1, zorder=3)
+    top = max(joints[:, 1].max(), coms[:, 1].max())
+    axes.text(joints[:, 0].mean(), top + 0.1, label, ha="center", color=support.FAINT)
+
+
+def draw(robot, motion, file):
+    time, total = motion.time, motion.kinetic + motion.potential
+    figure = plt.figure(figsize=(11, 6.4))
+    grid = figure.add_gridspec(2, 2, width_ratios=[1.2, 1], left=0.06, right=0.89, bottom=0.08, top=0.94, wspace=0.16,
+                               hspace=0.32)
+    path, energy, angles = [figure.add_subplot(place) for place in (grid[:, 0], grid[0, 1], grid[1, 1])]
+
+    path.plot(motion.com[:, 0], motion.com[:, 2], color=support.ACCENT, linewidth=1, linestyle=(0, (5, 4)))
+    for i in np.linspace(0, len(time) - 1, 6).astype(int):
+        path.plot(motion.com[i, 0], motion.com[i, 2], ".", color=support.ACCENT, zorder=4)
+        strength = 0.4 + 0.6 * i / (len(time) - 1)
+        draw_robot(path, robot, motion.R[i], motion.p[i], motion.q[i], f"{time[i]:.3g} s", strength)
+    path.set(title="Seen from the right; the centre of mass is dashed", xlabel="x (m)", ylabel="z (m)", aspect="equal",
+             adjustable="datalim")
+
+    lines = [("kinetic", motion.kinetic, support.LIMBS[3]), ("potential", motion.potential, support.LIMBS[2]),
+             ("total", total, support.INK)]
+    every = slice(None, None, 1 + len(time) // 300)  # points enough to look smooth
+    for _, values, colour in lines:
+        energy.plot(time[every], values[every], color=colour)
+    support.label_lines(energy, time[-1], [(name, values[-1], colour) for name, values, colour in lines])
+    energy.set(title=f"Energy (J); the total changes by {np.ptp(total):.0e} J", xlabel="time (s)")
+
+    names = [robot.getJointAngleName(k) for k in range(robot.getNbJointAngles())]
+    colours = support.body_colours(robot)[1:]
+    for k, colour in enumerate(colours):
+        angles.plot(time[every], motion.q[every, k], color=colour)
+    support.label_lines(angles, time[-1], zip(names, motion.q[-1], colours))
+    angles.set(title="Joint angles (rad)", xlabel="time (s)")
+    support.save(figure, file)
+
+
+def main():
+    parser = support.Parser(description=__doc__.splitlines()[0],
+                            epilog="Without --root, --joint and --push, the robot is thrown forwards with bent arms.")
+    support.add_pose_options(parser)
+    parser.add_argument("--push", type=support.assignment(3), action="append", default=[], metavar="BODY=X,Y,Z",
+                        help="an impulse (N s, world axes) at the centre of mass of a body, while the motors hold the "
+                             "pose; may be repeated")
+    parser.add_argument("--friction", type=support.positive, default=0.0, metavar="RATE",
+                        help="the rate (1/s) at which the friction of a joint slows it down; the default is none")
+    parser.add_argument("--seconds", type=support.positive, default=1.0, metavar="SECONDS",
+                        help="duration; the default is 1")
+    parser.add_argument("--step", type=support.positive, default=1e-3, metavar="SECONDS",
+                        help="of the integration; the default is 0.001")
+    parser.add_argument("--svg", default="fall.svg", metavar="FILE", help="the picture; the default is fall.svg")
+    options = parser.parse_args()
+    if not (options.root.any() or options.joint or options.push):
+        options = parser.parse_args([*THROW, *sys.argv[1:]])
+
+    robot = lumo.Plugin().create()
+    root = support.set_pose(robot, options)
+    v = push(robot, options.push)
+    steps = round(options.seconds / options.step)
+    print("time (s)  kinetic (J)  potential (J)    total (J)")
+
+    def progress(now):
+        if round(now.time / options.step) % -(-steps // 10) == 0:
+            total = now.kinetic + now.potential
+            print(f"{now.time:8.3f}{now.kinetic:13.3f}{now.potential:15.3f}{total:13.4f}", flush=True)
+
+    motion = simulate(robot, root, v, options.seconds, options.step, options.friction, progress)
+    by_gravity = robot.getMass() * np.outer(motion.time, G)
+    print(f"energy exchanged: {np.ptp(motion.potential):.1f} J\n"
+          f"change of total energy: {np.ptp(motion.kinetic + motion.potential):.1e} J\n"
+          "change of linear momentum without the part of gravity: "
+          f"{np.ptp(motion.linear - by_gravity, axis=0).max():.1e} N s\n"
+          "change of angular momentum about the centre of mass: "
+          f"{np.ptp(motion.angular, axis=0).max():.1e} N m s")
+    draw(robot, motion, options.svg)
+
+
+if __name__ == "__main__":
+    support.run(main)

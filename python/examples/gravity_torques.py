@@ -1,0 +1,103 @@
+#!/usr/bin/python3
+"""Draws the torques that hold the robot still, over the angle of one joint as curves or over two angles as maps."""
+
+import matplotlib.pyplot as plt
+import numpy as np
+from matplotlib.ticker import MaxNLocator
+
+import support
+from support import lumo
+
+
+def holding_torques(robot, base, base_pose):
+    """The torques when one body, the base, is fixed in the world and carries the weight. A wrench on the base balances
+    the weight, so no other force acts on the robot."""
+    robot.computeFwdKinematicsExceptRoot()
+    robot.setRootPose(base_pose @ np.linalg.inv(robot.getPoseInRoot(base)))
+    robot.computeFwdKinematicsOnlyRoot()
+    at_com = support.pose(np.eye(3), robot.getComPosition())
+    weight = [0, 0, 9.81 * robot.getMass(), 0, 0, 0]
+    robot.setExternalWrench(base, weight, np.linalg.inv(base_pose) @ at_com)
+    robot.computeInverseDynamics()
+    return robot.getJointAnglesTorque()
+
+
+def sweep(robot, base, joints, ranges):
+    """The torques over the grid of the angles; the last dimension is the joint."""
+    robot.computeFwdKinematics()
+    base_pose = robot.getPose(base).copy()
+    torques = np.empty([len(angles) for angles in ranges] + [robot.getNbJointAngles()])
+    for place in np.ndindex(torques.shape[:-1]):
+        for joint, angles, i in zip(joints, ranges, place):
+            robot.setJointAnglePos(joint, angles[i])
+        torques[place] = holding_torques(robot, base, base_pose)
+    return torques
+
+
+def draw_curves(robot, joint, angles, torques, file):
+    """Draws the torques that are not tiny."""
+    figure = plt.figure(figsize=(8, 4.6))
+    axes = figure.add_axes([0.09, 0.12, 0.74, 0.8])
+    colours = support.body_colours(robot)[1:]
+    seen = [k for k in range(torques.shape[1]) if np.abs(torques[:, k]).max() > 0.02 * np.abs(torques).max()]
+    for k in seen:
+        width = 2.2 if robot.getJointAngleName(k) == joint else 1.4
+        axes.plot(angles, torques[:, k], color=colours[k], linewidth=width)
+    axes.margins(x=0.02)
+    support.label_lines(axes, angles[-1], [(robot.getJointAngleName(k), torques[-1, k], colours[k]) for k in seen])
+    axes.set(title="Torques that hold the robot still (N m)", xlabel=f"{joint} (rad)")
+    support.save(figure, file)
+
+
+def draw_maps(robot, joints, ranges, torques, file):
+    """Draws the torques of the two joints."""
+    figure, maps = plt.subplots(1, 2, figsize=(11, 4.6), layout="constrained", sharey=True)
+    for axes, joint in zip(maps, joints):
+        torque = torques[..., robot.getJointAngleId(joint)].T
+        largest = max(1e-3, np.abs(torque).max())
+        levels = MaxNLocator(10).tick_values(-largest, largest)
+        fill = np.linspace(levels[0], levels[-1], 2 * len(levels) - 1)
+        axes.contourf(*ranges, torque, fill, cmap="RdBu_r", vmin=-1.7 * largest, vmax=1.7 * largest)
+        lines = axes.contour(*ranges, torque, levels, colors=support.INK, linewidths=0.6)
+        axes.clabel(lines, fmt="%g", fontsize=8)
+        axes.set(title=f"{joint}: torque that holds the robot still (N m)", xlabel=f"{joints[0]} (rad)",
+                 ylabel=f"{joints[1]} (rad)")
+        axes.grid(False)
+        axes.label_outer()
+    support.save(figure, file)
+
+
+def main():
+    parser = support.Parser(description=__doc__)
+    parser.add_argument("--sweep", type=support.assignment(2), action="append", required=True, metavar="NAME=FROM,TO",
+                        help="a joint and its range (rad); once for curves, twice for maps")
+    support.add_pose_options(parser)
+    parser.add_argument("--base", default="KneePitch", metavar="BODY",
+                        help="the body that is fixed and carries the weight: the robot stands on KneePitch, which is "
+                             "the default, or hangs from Torso")
+    parser.add_argument("--svg", default="gravity_torques.svg", metavar="FILE",
+                        help="the picture; the default is gravity_torques.svg")
+    options = parser.parse_args()
+    if len(options.sweep) > 2:
+        parser.error("one or two joints can be swept")
+
+    robot = lumo.Plugin().create()
+    support.set_pose(robot, options)
+    joints = [name for name, _ in options.sweep]
+    points = 200 if len(joints) == 1 else 40
+    ranges = [np.linspace(*ends, points + 1) for _, ends in options.sweep]
+    torques = sweep(robot, options.base, joints, ranges)
+
+    for joint in joints:
+        k = robot.getJointAngleId(joint)
+        worst = np.unravel_index(np.abs(torques[..., k]).argmax(), torques.shape[:-1])
+        where = ", ".join(f"{name} = {angles[i]:.3g} rad" for name, angles, i in zip(joints, ranges, worst))
+        print(f"{joint} needs at most {abs(torques[worst][k]):.3g} N m, at {where}")
+    if len(joints) == 1:
+        draw_curves(robot, joints[0], ranges[0], torques, options.svg)
+    else:
+        draw_maps(robot, joints, ranges, torques, options.svg)
+
+
+if __name__ == "__main__":
+    support.run(main)

@@ -1,0 +1,137 @@
+"""What the examples share: options, error messages, rotations, colours and pictures."""
+
+import argparse
+import pathlib
+import sys
+
+import matplotlib
+import numpy as np
+
+BUILT = pathlib.Path(__file__).resolve().parents[2] / "build/release/python"
+sys.path.append(str(BUILT))
+try:
+    import lumo
+except ModuleNotFoundError:
+    sys.exit(f"the module lumo is neither on Python's path nor in {BUILT}")
+
+INK, FAINT, ACCENT, PANEL = "#2b303b", "#8d96a3", "#c2203a", "#dfe3e9"
+TORSO, LIMBS = "#4a5261", ["#7a5ba8", "#12907c", "#3f6fb0", "#d9772b"]
+
+matplotlib.use("svg")
+matplotlib.rcParams.update({
+    "svg.hashsalt": "lumo",  # makes the file reproducible
+    "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left", "axes.titlecolor": INK, "axes.labelcolor": INK,
+    "axes.edgecolor": FAINT, "axes.spines.top": False, "axes.spines.right": False, "text.color": INK,
+    "xtick.color": INK, "ytick.color": INK, "axes.grid": True, "grid.color": PANEL, "grid.linewidth": 0.6,
+    "lines.linewidth": 1.4, "lines.solid_capstyle": "round",
+})
+
+
+class Parser(argparse.ArgumentParser):
+    """Reports bad input with one line."""
+
+    def error(self, message):
+        self.exit(2, f"{self.prog}: {message}\n")
+
+
+def run(main):
+    """Runs a program. An error is reported with one line and a non-zero exit code."""
+    try:
+        main()
+    except (KeyError, OSError, RuntimeError, ValueError) as error:
+        sys.exit(f"{sys.argv[0].rsplit('/', 1)[-1]}: {error.args[0] if isinstance(error, KeyError) else error}")
+
+
+def positive(text):
+    """The type of an option whose value is positive and finite."""
+    value = float(text)
+    if not 0 < value < np.inf:
+        raise ValueError
+    return value
+
+
+def numbers(count):
+    """The type of an option whose value is a list of finite numbers, separated by commas."""
+    def read(text):
+        values = np.array([float(word) for word in text.split(",")])
+        if len(values) != count or not np.isfinite(values).all():
+            raise ValueError
+        return values
+    read.__name__ = f"{count} numbers"
+    return read
+
+
+def assignment(count):
+    """The type of an option NAME=x,y,..."""
+    def read(text):
+        name, _, values = text.partition("=")
+        return name, numbers(count)(values)
+    read.__name__ = "NAME=" + ",".join(["NUMBER"] * count)
+    return read
+
+
+def add_pose_options(parser):
+    parser.add_argument("--root", type=numbers(6), default=np.zeros(6), metavar="X,Y,Z,ROLL,PITCH,YAW",
+                        help="the root's pose in the world (m, rad)")
+    parser.add_argument("--joint", type=assignment(1), action="append", default=[], metavar="NAME=RAD",
+                        help="a joint angle; may be repeated")
+
+
+def set_pose(robot, options):
+    """Sets the pose in the options. Returns the root's pose in double precision."""
+    x, y, z, roll, pitch, yaw = options.root
+    root = pose(rotation([0, 0, yaw]) @ rotation([0, pitch, 0]) @ rotation([roll, 0, 0]), [x, y, z])
+    robot.setRootPose(root)
+    for name, (angle,) in options.joint:
+        robot.setJointAnglePos(name, angle)
+    return root
+
+
+def pose(R, t):
+    """The 4 x 4 matrix of a rotation and a translation."""
+    T = np.eye(4)
+    T[:3, :3], T[:3, 3] = R, t
+    return T
+
+
+def cross_matrix(v):
+    x, y, z = v
+    return np.array([[0, -z, y], [z, 0, -x], [-y, x, 0]])
+
+
+def rotation(v):
+    """The rotation about the vector v by the length of v (rad)."""
+    angle = np.linalg.norm(v)
+    K = cross_matrix(v)
+    return np.eye(3) + np.sinc(angle / np.pi) * K + 0.5 * np.sinc(angle / (2 * np.pi)) ** 2 * K @ K
+
+
+def body_colours(robot):
+    """The colour of each body, which is that of its limb."""
+    colours = []
+    for parent in robot.getParentsVector():
+        limbs = iter(LIMBS) if parent < 0 else limbs
+        colours.append(TORSO if parent < 0 else next(limbs) if parent == 0 else colours[parent])
+    return colours
+
+
+def label_lines(axes, x, lines):
+    """Writes the names of lines beside their right ends, without overlaps. `lines` has a name, the height at x and a
+    colour for each line."""
+    low, high = axes.get_ylim()
+    gap = (high - low) * 0.155 / (axes.get_position().height * axes.figure.get_figheight())
+    lines = sorted(lines, key=lambda line: line[1])
+    heights = np.array([line[1] for line in lines])
+    for _ in range(1000):  # neighbours that overlap push each other apart
+        overlap = np.maximum(0, gap - np.diff(heights)) / 2
+        heights[:-1] -= overlap
+        heights[1:] += overlap
+    for (name, end, colour), height in zip(lines, heights):
+        line = {"arrowstyle": "-", "color": FAINT, "linewidth": 0.5, "relpos": (0, 0.5), "shrinkA": 0, "shrinkB": 2}
+        axes.annotate(name, (x, end), (1.06, height), textcoords=("axes fraction", "data"), color=colour, fontsize=8,
+                      va="center", annotation_clip=False, arrowprops=line)
+
+
+def save(figure, file):
+    figure.savefig(file, format="svg", metadata={"Date": None, "Creator": None})
+    print(f"wrote {file}")
