@@ -1,10 +1,10 @@
 #!/bin/bash
 # Runs the commands that README.md and docs/ tell a reader to type, one after another, with an empty home folder. Leaves
-# out the scripts, because CI runs them anyway, and the commands that need root.
+# out the scripts, because CI runs them anyway, and the commands that need root. Then runs the Python code in docs/.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-install_missing dpkg-dev file doxygen
+install_missing dpkg-dev file doxygen "${python_packages[@]}"
 make_scratch
 
 step="looking for commands"
@@ -15,6 +15,11 @@ for command in "${commands[@]}"; do
   echo "$command"
   HOME=$scratch bash -c "set -eu; $command" >"$scratch/log" 2>&1 || { cat "$scratch/log"; exit 1; }
 done
+step="running the Python code in docs/"
+awk '/^```/ { python = /^```python$/; next } python' docs/*.md >"$scratch/docs.py"
+PYTHONPATH=build/release/python /usr/bin/python3 "$scratch/docs.py"
+step="comparing a picture in docs/ with what its command has drawn"
+cmp build/gravity_torques.svg docs/gravity_torques.svg
 step="writing the reference of the public headers"
 cmake --build --preset release --target docs
-echo "The commands of README.md and docs/ work."
+echo "The commands of README.md and docs/ and the Python code in docs/ work."

@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-install_missing dpkg-dev file
+install_missing dpkg-dev file "${python_packages[@]}"
 build release
 make_scratch
 
@@ -19,6 +19,8 @@ use() {
   grep -q 'states' "$tree/share/man/man1/lumo-digest.1"
   step="comparing the results of $tree"
   diff <("$tree/bin/lumo-digest" --states 100) <(build/release/bin/lumo-digest --states 100)
+  step="using the Python module of $tree"
+  PYTHONPATH=$(echo "$tree"/lib/python3*/dist-packages) /usr/bin/python3 -c "import lumo; lumo.Plugin().create()"
   for flags in "" -mavx; do
     [[ -z $flags ]] || grep -qw avx /proc/cpuinfo || continue
     step="building the example host $flags against $tree"

@@ -16,6 +16,9 @@ make_scratch() { scratch=$(mktemp -d); }
 # Prints the commands in documents that a reader is told to type: the indented lines outside of tables and fences.
 documented_commands() { awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]/ { sub(/^ +/, ""); print }' "$@"; }
 
+# The packages for the Python module, its examples and its tests. The build leaves the module out if they are missing.
+python_packages=(pybind11-dev python3-dev python3-numpy python3-matplotlib python3-pytest)
+
 # Installs the packages that the build needs and those in the arguments, if they are missing. Needs root only if one is
 # missing.
 install_missing() {
