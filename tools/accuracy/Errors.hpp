@@ -11,13 +11,13 @@
 
 namespace oracle {
 
-/// The errors of one kind of result, in float epsilons of the magnitude of each entry.
+/// The errors of one kind of result. The unit is a float epsilon times the magnitude of the entry.
 class Errors {
  public:
-  /// The largest error over 100,000 states from seed 1, as docs/accuracy.md states it.
+  /// `stated` is the largest error over 100,000 states from seed 1, as docs/accuracy.md states it.
   Errors(const char* kind, double stated) : kind_(kind), stated_(stated) {}
 
-  /// An entry that is not a number, or not zero where it must be, is infinitely wrong.
+  /// An entry that is NaN, or that is not zero although its magnitude is, counts as an infinite error.
   template <typename Actual>
   void add(const Eigen::MatrixBase<Actual>& actual, const Estimate& expected) {
     for (Eigen::Index j = 0; j < actual.cols(); ++j) {
@@ -33,8 +33,8 @@ class Errors {
     }
   }
 
-  /// Whether the largest error is between a quarter and twice the one stated. Errors far below it would show that the
-  /// magnitudes are too large, or that nothing was compared.
+  /// Whether the largest error is between a quarter of the stated one and twice it. A much smaller error would show
+  /// that the magnitudes are too large, or that nothing was compared.
   bool isAsStated() const { return largest_ >= 0.25 * stated_ && largest_ <= 2.0 * stated_; }
   const char* kind() const { return kind_; }
   std::string row() const {
