@@ -13,6 +13,7 @@ TEST(Plugin, IsLoadedFromTheCurrentFolderWhenItsNameHasNoSlash) {
 
 TEST(Plugin, OffersItsFunctionsToNobodyElse) {
   const lumo::Plugin plugin(LUMO_PLUGIN);
+  ASSERT_NE(plugin.create(), nullptr);
   EXPECT_EQ(dlsym(RTLD_DEFAULT, "destroy"), nullptr);
 }
 
