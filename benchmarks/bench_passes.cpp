@@ -1,35 +1,15 @@
 // Times the operations of a loaded plug-in through the interface, cycling through random states. The row `floor` is the
-// double sines and cosines of the 18 angles of one state: what every implementation must pay.
-
-#include <math.h>  // sincos
-
-#include <array>
-#include <cstring>
+// sines and cosines of the 18 angles of one state, which every pass over all joints must take.
 
 #include <benchmarks/rows.hpp>
 #include <host/Plugin.hpp>
+#include <kinetra/spatial/SinCos.hpp>
 
 namespace {
 
 using lumo::State;
 using Robot = lumo::RigidBodySystem;
 using Jacobian = Eigen::Matrix<float, 3, Eigen::Dynamic>;
-
-/// Adds a row for the 18 angles of a state, given what turns an angle into its sine and cosine.
-template <typename SinCos>
-void addFloor(const char* name, SinCos sinCos) {
-  lumo::addRow(name, [sinCos] {
-    return [sinCos, states = lumo::states().data()](std::size_t i) {
-      std::array<float, 36> values;
-      const float* angle = states[i].q.data() + 3;
-      for (std::size_t k = 0; k < 18; ++k) {
-        sinCos(static_cast<double>(angle[k]), &values[2 * k]);
-      }
-      benchmark::DoNotOptimize(values);
-      benchmark::ClobberMemory();
-    };
-  });
-}
 
 /// Adds a row for an operation on an object of its own. Where an operation takes sines, the state's angles are set
 /// first, which costs a few nanoseconds, so that no sine is computed twice in a row.
@@ -47,24 +27,13 @@ void add(const char* name, Operation operation) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  // The honest minimum: the two results are read one by one.
-  addFloor("floor", [](double angle, float* values) {
-    double result[3];  // not side by side, so that no compiler reads both at once
-    ::sincos(angle, &result[0], &result[2]);
-    values[0] = static_cast<float>(result[0]);
-    values[1] = static_cast<float>(result[2]);
-  });
-  // The same with both results read by one load, as compilers like to do where they stand side by side (gcc 12 at -O3).
-  // Each load then waits until sincos's two stores have left the processor's store queue.
-  addFloor("pairedFloor", [](double angle, float* values) {
-    using Doubles = double __attribute__((vector_size(16)));
-    using Floats = float __attribute__((vector_size(8)));
-    Doubles both;
-    auto* results = reinterpret_cast<double*>(&both);
-    // cppcheck-suppress objectIndex  // a register holds two
-    ::sincos(angle, &results[0], &results[1]);
-    const auto rounded = __builtin_convertvector(both, Floats);
-    std::memcpy(values, &rounded, sizeof rounded);
+  lumo::addRow("floor", [] {
+    return [states = lumo::states().data()](std::size_t i) {
+      for (const auto& [sine, cosine] : kinetra::Spatial::sinCos<18>(states[i].q.data() + 3)) {
+        benchmark::DoNotOptimize(sine);
+        benchmark::DoNotOptimize(cosine);
+      }
+    };
   });
   add("computeFwdKinematics", [](Robot& robot, const State& x, Jacobian&) {
     robot.setJointAnglesPos(x.q.tail<15>());

@@ -9,7 +9,6 @@ import sys
 import callgrind
 
 PEERS = ["MuJoCo", "Orocos KDL"]
-FLOORS = ["floor", "pairedFloor"]
 STATES = 64  # how often a counted loop runs each row
 
 
@@ -41,15 +40,15 @@ def read_counts(folder):
 
 
 def table(values, unit):
-    """Our rows against the floors and the peers, whose rows are named PEER/OPERATION."""
+    """Our rows against the floor and the peers, whose rows are named PEER/OPERATION."""
     peers = [peer for peer in PEERS if any(name.startswith(peer + "/") for name in values)]
-    rows = [["operation", unit] + [f"x {floor}" for floor in FLOORS]]
+    rows = [["operation", unit, "x floor"]]
     for peer in peers:
         rows[0] += [peer, "ratio"]
     for name, value in values.items():
         if "/" in name:
             continue
-        row = [name, f"{value:.0f}"] + [f"{value / values[floor]:.2f}" for floor in FLOORS]
+        row = [name, f"{value:.0f}", f"{value / values['floor']:.2f}"]
         for peer in peers:
             theirs = values.get(f"{peer}/{name}")
             row += [f"{theirs:.0f}", f"{theirs / value:.1f}"] if theirs else ["", ""]
