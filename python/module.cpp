@@ -185,7 +185,8 @@ auto fromPython(const System& system, const Indexed& of, py::handle value) {
   } else if constexpr (std::is_same_v<T, Position3D>) {
     return fromFloats<Position3D>(toFloats(value, 3));
   } else if constexpr (std::is_same_v<T, Velocity6D>) {
-    return fromFloats<Velocity6D>(toFloats(value, 6));
+    const std::vector<float> v = toFloats(value, 6);
+    return Velocity6D(v[0], v[1], v[2], v[3], v[4], v[5]);
   } else if constexpr (std::is_same_v<T, std::vector<float>>) {  // a wrench
     return toFloats(value, 6);
   } else if constexpr (std::is_same_v<T, Eigen::Matrix3f>) {

@@ -8,12 +8,12 @@ friction of the joints. The program integrates in double precision; the plug-in 
 import sys
 from collections import namedtuple
 
+import support  # first, because it reports missing modules
+from support import lumo
+
 import matplotlib.pyplot as plt
 import numpy as np
 from matplotlib.patches import Circle, Polygon
-
-import support
-from support import lumo
 
 G = np.array([0, 0, -np.float32(9.81)], dtype=float)  # the plug-in's gravity
 

@@ -1,12 +1,12 @@
 #!/usr/bin/python3
 """Draws the torques that hold the robot still, over the angle of one joint as curves or over two angles as maps."""
 
+import support  # first, because it reports missing modules
+from support import lumo
+
 import matplotlib.pyplot as plt
 import numpy as np
 from matplotlib.ticker import MaxNLocator
-
-import support
-from support import lumo
 
 
 def holding_torques(robot, base, base_pose):

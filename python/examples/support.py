@@ -4,15 +4,14 @@ import argparse
 import pathlib
 import sys
 
-import matplotlib
-import numpy as np
-
 BUILT = pathlib.Path(__file__).resolve().parents[2] / "build/release/python"
 sys.path.append(str(BUILT))
 try:
     import lumo
-except ModuleNotFoundError:
-    sys.exit(f"the module lumo is neither on Python's path nor in {BUILT}")
+    import matplotlib
+    import numpy as np
+except ModuleNotFoundError as error:
+    sys.exit(f"the Python module {error.name} is missing; lumo can be in {BUILT}")
 
 INK, FAINT, ACCENT, PANEL = "#2b303b", "#8d96a3", "#c2203a", "#dfe3e9"
 TORSO, LIMBS = "#4a5261", ["#7a5ba8", "#12907c", "#3f6fb0", "#d9772b"]

@@ -125,7 +125,7 @@ def test_without_the_module_one_line_says_where_it_was_looked_for(tmp_path):
     command = [sys.executable, tmp_path / "python/examples/fall.py"]
     result = subprocess.run(command, env={}, capture_output=True, text=True)
     assert result.returncode != 0
-    assert result.stderr == f"the module lumo is neither on Python's path nor in {tmp_path}/build/release/python\n"
+    assert result.stderr == f"the Python module lumo is missing; lumo can be in {tmp_path}/build/release/python\n"
 
 
 def test_the_same_picture_is_the_same_file(tmp_path, monkeypatch):
