@@ -147,7 +147,7 @@ TEST_P(Kinematics, PosesAgreeWithGeometry) {
     EXPECT_TRUE(near(poseInRoot(b), expected.poseInRoot(i), 4)) << "body " << i;
     EXPECT_TRUE(near(poses[b], expected.poseInWorld(i), 6)) << "body " << i;
   }
-  EXPECT_TRUE(identical(poses[16], poseInRoot(3))) << "what stands behind the bodies' poses is left alone";
+  EXPECT_TRUE(identical(poses[16], poseInRoot(3))) << "the entry after the bodies' poses must not change";
 }
 
 TEST_P(Kinematics, TheThirdAxisOfAProductOfRotationsIsTheCrossProductOfTheOthers) {
