@@ -47,9 +47,10 @@ install_missing() {
 # Configures and builds one preset. Further arguments are options of CMake. A build folder keeps its compiler unless CXX
 # names another one.
 build() {
-  local preset=$1 fresh=() cache="build/$1/CMakeCache.txt"
-  if [[ -n ${CXX:-} && -f $cache ]] && ! grep -q "^CMAKE_CXX_COMPILER:[A-Z]*=$(command -v "$CXX")\$" "$cache"; then
-    fresh=(--fresh)
+  local preset=$1 fresh=() cache="build/$1/CMakeCache.txt" cached
+  if [[ -n ${CXX:-} && -f $cache ]]; then
+    cached=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$cache")
+    [[ $(readlink -f "$cached") == $(readlink -f "$(command -v "$CXX")") ]] || fresh=(--fresh) # c++ may be g++
   fi
   step="configuring the preset $preset"
   cmake --preset "$preset" "${fresh[@]}" "${@:2}"

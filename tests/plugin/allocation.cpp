@@ -128,19 +128,19 @@ struct AllocationFailure : testing::Test {
   }
 };
 
-TEST_F(AllocationFailure, OfCreateOrCloneArrivesAndLosesNothing) {
+TEST_F(AllocationFailure, InCreateOrCloneReachesTheHostAndLosesNothing) {
   EXPECT_EQ(failedIn(*object, [&] { plugin.create(); }), 6U);
   EXPECT_EQ(failedIn(*object, [&] { object->clone(); }), 6U);
 }
 
-TEST_F(AllocationFailure, OfAQueryArrivesAndLosesNothing) {
+TEST_F(AllocationFailure, InATableQueryReachesTheHostAndLosesNothing) {
   for (const auto table : {&Host::getParentsVector, &Host::getDofNumbersVector, &Host::getDofIndexesVector}) {
     EXPECT_EQ(failedIn(*object, [&] { (*object.*table)(); }), 1U);
   }
   EXPECT_EQ(failedIn(*object, [&] { object->getName(); }), 0U);
 }
 
-TEST_F(AllocationFailure, OfThePartialJacobianArrivesAndLeavesTheMatrixAlone) {
+TEST_F(AllocationFailure, InThePartialJacobianReachesTheHostAndLeavesTheMatrixAsItWas) {
   for (const Eigen::Index columns : {0, 20, 22}) {
     const Jacobian old = Jacobian::Constant(3, columns, 7);
     Jacobian J = old;

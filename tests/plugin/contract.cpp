@@ -8,7 +8,7 @@ namespace {
 
 using namespace lumo::test;
 
-TEST(Contract, AHostsOwnDeclarationOfTheInterfaceGivesTheSameAnswers) {
+TEST(Contract, AHostCanDeclareTheInterfaceForItself) {
   const auto system = computed(State(6));
   const auto& ours = *reinterpret_cast<const lumo::RigidBodySystem*>(system.get());  // every query is a const operation
   EXPECT_TRUE(identical(queries(ours), queries(*system)));
@@ -35,7 +35,7 @@ TEST(Contract, NewObjectIsAtRest) {
   EXPECT_TRUE(identical(system->getJointAnglesTorque(), none));
 }
 
-TEST(Contract, NewObjectHasMatricesOfZerosAndTheRootsColumnsOfTheJacobian) {
+TEST(Contract, NewObjectHasZeroMatricesExceptTheRootsColumnsOfTheJacobian) {
   const auto system = create();
   Eigen::MatrixXd J = Eigen::MatrixXd::Zero(6, 21);
   J.block(3, 0, 3, 3) = J.block(0, 3, 3, 3) = Eigen::Matrix3d::Identity();
@@ -49,7 +49,7 @@ TEST(Contract, NewObjectIsAlignedForItsVectors) {
 
 TEST(Contract, DestroyIgnoresNull) { lumo::Plugin(LUMO_PLUGIN).create().get_deleter().destroy(nullptr); }
 
-TEST(Contract, RootComputationOfANewObjectLeavesTheOtherBodiesWithoutRotation) {
+TEST(Contract, OnANewObjectOnlyRootLeavesTheOtherBodiesWithoutRotation) {
   const auto system = create();
   system->computeFwdKinematicsOnlyRoot();
   for (Size b = 1; b < nb_bodies; ++b) EXPECT_TRUE(frame(system->getPose(b)).linear().isZero(0)) << "body " << b;
@@ -108,7 +108,7 @@ TEST(Contract, RootIsReadBackAsItWasSet) {
   EXPECT_TRUE(identical(system->getRootAcceleration(), Eigen::VectorXd::LinSpaced(6, 7, 12)));
 }
 
-TEST(Contract, JointAnglesAreReadBackAsTheyWereSetAndKeptInTheirView) {
+TEST(Contract, JointAnglesAreReadBackAsTheyWereSet) {
   struct Kind {
     const char* name;
     void (Host::*setAll)(Angles);
@@ -144,7 +144,7 @@ TEST(Contract, JointAnglesAreReadBackAsTheyWereSetAndKeptInTheirView) {
   EXPECT_TRUE(identical(system->getRootVelocity(), Eigen::VectorXd::Zero(6)));
 }
 
-TEST(Contract, OneTorqueIsThatOfTheView) {
+TEST(Contract, EachTorqueIsTheSameAloneAndInTheView) {
   const auto system = computed(State(2));
   const View torques = system->getJointAnglesTorque();
   for (Size k = 0; k < nb_joint_angles; ++k) {
@@ -161,7 +161,7 @@ std::string changes(const Answers& before, const Answers& after) {
   return names;
 }
 
-TEST(Contract, APoseThatTheHostSetsLastsUntilTheRootComputationAndIsNotUsed) {
+TEST(Contract, APoseThatTheHostSetsLastsUntilOnlyRootAndIsUsedByNoComputation) {
   const auto system = computed(State(3));
   const Transform mine = State(4).rootPose();
   system->computeFwdKinematics();
@@ -177,7 +177,7 @@ TEST(Contract, APoseThatTheHostSetsLastsUntilTheRootComputationAndIsNotUsed) {
   EXPECT_EQ(changes(before, answers(*system)), "");
 }
 
-TEST(Contract, TheVolatilePoseIsKeptFromAllComputations) {
+TEST(Contract, NoComputationReadsOrWritesTheVolatilePose) {
   const auto system = computed(State(3));
   const Transform mine = State(4).rootPose();
   const Answers before = answers(*system);
@@ -187,7 +187,7 @@ TEST(Contract, TheVolatilePoseIsKeptFromAllComputations) {
   EXPECT_EQ(changes(before, answers(*system)), "volatile pose; ");
 }
 
-TEST(Contract, ACloneAnswersAsItsSourceInEverythingStaleOrNot) {
+TEST(Contract, ACloneAnswersAsItsSourceEvenWhereResultsAreOld) {
   const auto source = computed(State(8));
   set(*source, State(7));
   source->setVolatilePose(0, State(9).rootPose());
@@ -210,7 +210,7 @@ TEST(Contract, ObjectsAndClonesShareNoState) {
   EXPECT_TRUE(identical(answers(*source), answers(*reference)));
 }
 
-TEST(Contract, AnIndexThatIsNoBodyLeavesNoBodyOut) {
+TEST(Contract, AnIndexBeyondTheLastBodyLeavesNoBodyOut) {
   const auto system = computed(State(12));
   for (const Size none : {Size{16}, (Size{1} << 32) + 3, SIZE_MAX}) {
     Jacobian J = Jacobian::Constant(3, 5, 7);
@@ -226,7 +226,7 @@ TEST(Contract, TheLargestIndexIsTheWorld) {
   EXPECT_TRUE(identical(frame(computed(State(12))->getPose(SIZE_MAX)).matrix(), Eigen::Matrix4d::Identity()));
 }
 
-TEST(Contract, AMatrixOfAnotherSizeBecomesThePartialJacobianAndKeepsItsStorageFromThenOn) {
+TEST(Contract, APartialJacobianResizesTheMatrixOnce) {
   const auto system = computed(State(12));
   Jacobian J = Jacobian::Constant(3, 5, 7);
   system->computePartialComJacobian(15, J);

@@ -29,7 +29,7 @@ TEST_F(Masses, BelongToAllObjects) {
   EXPECT_TRUE(identical(other->getPartialMass(7), total - 5.62F));
 }
 
-TEST_F(Masses, AreAddedUpAgainByANewObjectButNotByAClone) {
+TEST_F(Masses, AreAddedUpAgainForANewObjectButNotForAClone) {
   system->setBodyInertia(7, 5.62F, com, none);
   const float total = system->getMass();
   float sum = 0;
@@ -55,7 +55,7 @@ TEST_F(Masses, InertiaIsReadFromTheLowerTriangleAndMovedToTheBodysOrigin) {
   EXPECT_TRUE(near(system->getGeneralizedMass() - without, share, 64 * epsilon));
 }
 
-TEST_F(Masses, OfNothingHaveNoCentreAndSpoilTheResultsThatIncludeThem) {
+TEST_F(Masses, OfZeroMakeTheCentresOfMassThatIncludeTheBodyNan) {
   set(*system, State(21));
   compute(*system);
   const Position3D others = system->computePartialComPositionInRoot(7);

@@ -78,7 +78,7 @@ TEST_F(Jcalc, BothPassesGiveTheSameTransforms) {
   }
 }
 
-TEST_F(Jcalc, OnlyThePassWithVelocitiesWritesThemAndOfARevoluteJointOnlyTheAngularPart) {
+TEST_F(Jcalc, OnlyThePassWithVelocitiesWritesVelocities) {
   forEachNode(positionOnly, [](auto& n) {
     EXPECT_TRUE(identical(Vector6f(n.joint.vj), Vector6f::Constant(7.0F))) << "node " << n.id;
   });
@@ -187,7 +187,7 @@ TEST_P(Kinematics, FirstMomentIsRoundedInTheOrderThatIsPromised) {
   EXPECT_TRUE(identical(comSum, inOrder));
 }
 
-TEST_P(Kinematics, FirstMomentLeavesOutOneBodyAndNotTheOnesThatHangFromIt) {
+TEST_P(Kinematics, FirstMomentLeavesOutOneBodyButNotItsDescendants) {
   for (int body = 1; body < 16; ++body) {
     EXPECT_TRUE(near(comSumWithout(body), expected.firstMomentInRoot(body), 4)) << "without body " << body;
   }
@@ -251,13 +251,13 @@ TEST_P(Dynamics, MassMatrixIsSymmetricToTheBit) {
   EXPECT_TRUE(identical(H, H.transpose()));
 }
 
-TEST_P(Dynamics, MassMatrixIsThatWithoutNoBody) { EXPECT_TRUE(identical(crba(), partialCrba(16))); }
+TEST_P(Dynamics, LeavingNoBodyOutGivesTheSameMassMatrix) { EXPECT_TRUE(identical(crba(), partialCrba(16))); }
 
 TEST_P(Dynamics, MassMatrixOfALastJointIsItsBodysInertia) {
   EXPECT_TRUE(identical(crba()(12, 12), norvaX3::inertias[7].I[5]));
 }
 
-TEST_P(Dynamics, MassMatrixLeavesItsForcesAtTheRoot) {
+TEST_P(Dynamics, MassMatrixPassLeavesTheForcesInTheRootsFrame) {
   const Eigen::MatrixXf H = crba();
   forEachNode(robot, [&H](const auto& n) {  // the root's S swaps the halves of a force
     const auto couplings = H.block(0, n.dof_index, 6, n.dof_number);
@@ -268,7 +268,7 @@ TEST_P(Dynamics, MassMatrixLeavesItsForcesAtTheRoot) {
 
 TEST_P(Dynamics, TorquesAgreeWithNewtonAndEuler) { EXPECT_TRUE(near(rnea(s.ddq), whole.torques(), 4)); }
 
-TEST_P(Dynamics, AccelerationsTakeTheirTorquesThroughTheMassMatrix) {
+TEST_P(Dynamics, TorquesOfAccelerationsAreThoseOfTheMassMatrix) {
   const Eigen::MatrixXf H = crba();
   const Vector21 inertial = (H.array() == untouched).select(0.0F, H) * s.ddq;
   const Vector21 added = rnea(s.ddq) - rnea(Vector21::Zero());

@@ -191,7 +191,7 @@ Eigen::VectorXf product(const Eigen::MatrixXf& A, const Eigen::VectorXf& x) {
   return sum.array().isNaN().select(7.0F, sum);
 }
 
-TYPED_TEST(Subspaces, GiveTheBitsOfTheFullProductForZerosAndInfinities) {
+TYPED_TEST(Subspaces, GiveTheBitsOfTheFullProduct) {
   constexpr int n = TypeParam::dof_number;
   const TypeParam S;
   const auto number = [](const auto& x) { return x.array().isNaN().select(7.0F, x).eval(); };

@@ -40,12 +40,12 @@ TEST(Model, EveryBodyIsNearlyAPointMass) {
   }
 }
 
-TEST(Model, JointsAndBodiesHaveTheSameNamesAlsoInTheirNodes) {
+TEST(Model, JointsBodiesAndNodesHaveTheSameNames) {
   EXPECT_EQ(norvaX3::body_names, norvaX3::joint_names);
   EXPECT_EQ(norvaX3::Node10::joint_name, "KneePitch");
 }
 
-TEST(Model, TheElbowsPlacementIsTakenAsItStands) { EXPECT_TRUE(identical(norvaX3::Node5::Xt.E(1, 2), 0.987688F)); }
+TEST(Model, TheElbowsPlacementIsNotMadeOrthonormal) { EXPECT_TRUE(identical(norvaX3::Node5::Xt.E(1, 2), 0.987688F)); }
 
 TEST(Model, AtZeroAnglesTheArmsAreMirrorImages) {
   const oracle::WholeRobot robot{Scenario::Vector21::Zero()};
