@@ -233,6 +233,9 @@ def test_files_that_are_no_plugin_raise(tmp_path):
                         (b"\xff", RuntimeError), (3, TypeError), ("a\0b", ValueError)):
         assert raised_by(lumo.Plugin, file) is error, file
     shutil.copytree(pathlib.Path(lumo.__file__).parent, tmp_path / "python/lumo")
+    (tmp_path / "lib").mkdir()
+    for library in pathlib.Path(BUILD, "lib").glob("*.so*"):  # the math library, which the module may need
+        shutil.copy(library, tmp_path / "lib")
     code = "import sys; sys.path.insert(0, sys.argv[1]); import lumo; lumo.Plugin()"
     _, _, errors = run(code, tmp_path / "python")
     assert f"no plug-in at {tmp_path}/lib/lumo/norvaX3.so nor at" in errors
