@@ -18,9 +18,6 @@ using kinetra::RotationMatrix;
 using simd::Vector3;
 
 template <typename Robot>
-float KinetraRigidBodySystem<Robot>::mass_ = 0.0F;
-
-template <typename Robot>
 KinetraRigidBodySystem<Robot>::KinetraRigidBodySystem()
     : q_(JointSpaceVector::Zero()),
       dq_(JointSpaceVector::Zero()),

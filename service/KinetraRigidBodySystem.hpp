@@ -183,7 +183,7 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   Transform worldPose_;
 
   // Total mass of the model, for the whole process (kg). Written by the default constructor and by setBodyInertia.
-  static float mass_;
+  inline static float mass_ = 0.0F;
 };
 
 }  // namespace lumo
