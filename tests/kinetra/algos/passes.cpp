@@ -151,7 +151,7 @@ TEST_P(Kinematics, PosesAgreeWithGeometry) {
 }
 
 TEST_P(Kinematics, TheThirdAxisOfAProductOfRotationsIsTheCrossProductOfTheOthers) {
-  for (const std::size_t i : {2, 3, 4, 5, 6, 7, 8, 9, 11, 12, 13, 14, 15}) {
+  for (const std::size_t i : {2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 11U, 12U, 13U, 14U, 15U}) {
     const auto E = iX1[i].E.matrix();
     EXPECT_TRUE(identical(E.col(2), E.col(0).cross(E.col(1)))) << "body " << i;
   }
