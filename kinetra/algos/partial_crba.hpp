@@ -7,11 +7,11 @@ namespace kinetra {
 /// The generalized mass matrix of the robot without one body: crba with that body's inertia taken as zero, so that its
 /// descendants still count.
 template <typename Robot>
-struct partial_crba {
+struct partial_crba : private crba<Robot, false> {
   template <typename Robot_, int i>
   struct DftVisitor : crba<Robot, false>::template DftVisitor<Robot_, i> {
     template <typename Derived>
-    static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&, int excludedBody) {
+    static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&, simd::Force*, int excludedBody) {
       store(excludedBody == i ? simd::Inertia::zero() : load(Robot_::inertias[i]), node<i>(robot).body.Iic);
     }
   };
@@ -19,7 +19,7 @@ struct partial_crba {
   /// H: as crba fills it. An excludedBody that is not a body excludes nothing.
   template <typename Derived>
   static void run(Robot& robot, Eigen::MatrixBase<Derived>& H, const int& excludedBody) {
-    internal::depth_first_traversal<DftVisitor, Robot>::run(robot, H, excludedBody);
+    crba<Robot, false>::template run<DftVisitor>(robot, H, excludedBody);
   }
 };
 

@@ -11,6 +11,8 @@ class Vector3 {
  public:
   static constexpr int size = 3;
 
+  /// Left unset.
+  Vector3() = default;
   Vector3(float x, float y, float z) : lanes_{x, y, z, 0.0F} {}
   explicit Vector3(Float4 lanes) : lanes_(lanes) {}
   Vector3(const Eigen::Vector3f& v) : Vector3(load(v.data())) {}
