@@ -10,6 +10,7 @@ namespace simd = Spatial::simd;
 using Spatial::Force;
 using Spatial::Inertia;
 using Spatial::load;
+using Spatial::loadJustStored;
 using Spatial::Motion;
 using Spatial::RotationMatrix;
 using Spatial::RotationMatrixAboutZ;

@@ -29,18 +29,25 @@ template <typename Joint, typename Rotation>
   const auto S = load(n.joint.S);
   const simd::Motion vj = load(n.joint.vj);
   const simd::Motion cj = load(n.joint.cj);
-  const simd::Motion a_parent = load(parent ? parent->ai : minus_g);
-  const simd::Motion vi = parent ? X.apply(load(parent->vi)) + vj : vj;
+  const simd::Motion a_parent = loadJustStored(parent ? parent->ai : minus_g);
+  const simd::Motion vi = parent ? X.apply(loadJustStored(parent->vi)) + vj : vj;
   const simd::Motion ai = X.apply(a_parent) + S * ddq + cj + crm(vi, vj);
   store(vi, n.body.vi);
   store(ai, n.body.ai);
   return {vi, ai};
 }
 
+/// f_i. All nodes share this function, because the code of a pass must fit the processor's instruction cache.
+[[gnu::noinline]] inline void setForce(const simd::Motion& vi, const simd::Motion& ai, const Inertia& inertia,
+                                       const Force& fext, Force& f) {
+  const simd::Inertia I = load(inertia);
+  store(I * ai + crf(vi, I * vi) - load(fext), f);
+}
+
 /// f_p += pX*_i f_i
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] void addForceToParent(const NodeState<Joint, Rotation>& n, Force& f_parent) {
-  store(load(f_parent) + load(n.sXp).applyInv(load(n.joint.f)), f_parent);
+  store(loadJustStored(f_parent) + load(n.sXp).applyInv(loadJustStored(n.joint.f)), f_parent);
 }
 
 }  // namespace internal
@@ -73,14 +80,13 @@ struct rnea<Robot, false> {
     static void discover(Robot_& robot, const Vector& ddq, const Force* fext, Vector&) {
       const auto ddq_i = ddq.template segment<Node::dof_number>(Node::dof_index);
       const auto [vi, ai] = update_kinematics<i, Node::parent_id>::run(robot, ddq_i);
-      const simd::Inertia I = load(Robot_::inertias[i]);
-      store(I * ai + crf(vi, I * vi) - load(fext[i]), node<i>(robot).joint.f);
+      internal::setForce(vi, ai, Robot_::inertias[i], fext[i], node<i>(robot).joint.f);
     }
 
     template <typename Vector>
     static void finish(Robot_& robot, const Vector&, const Force*, Vector& torques) {
       auto& n = node<i>(robot);
-      load(n.joint.S).transposeTimes(load(n.joint.f), &torques[Node::dof_index]);
+      load(n.joint.S).transposeTimes(loadJustStored(n.joint.f), &torques[Node::dof_index]);
       if constexpr (Node::parent_id >= 0) {
         internal::addForceToParent(n, node<Node::parent_id>(robot).joint.f);
       }
