@@ -19,7 +19,8 @@ sources >"$scratch/sources.list" || { apt-get update -qq && sources >"$scratch/s
 apt-config dump Acquire >"$scratch/apt.conf" # how this machine reaches them
 
 step="making a minimal Debian"
-mmdebstrap --quiet --variant=minbase --aptopt="$scratch/apt.conf" bookworm "$root" "$scratch/sources.list"
+# What it mounts ends with it in any case.
+unshare --mount mmdebstrap --quiet --variant=minbase --aptopt="$scratch/apt.conf" bookworm "$root" "$scratch/sources.list"
 mkdir "$root/root/lumo"
 git ls-files --cached --others --exclude-standard -z | tar --null --files-from=- --create | tar --extract -C "$root/root/lumo"
 

@@ -5,7 +5,7 @@ step="starting"
 scratch=""
 finish() {
   local code=$?
-  [[ -z $scratch ]] || rm -rf "$scratch"
+  [[ -z $scratch ]] || rm -rf --one-file-system "$scratch"
   (( code == 0 )) || echo "$(basename "$0") failed while $step." >&2
 }
 trap finish EXIT
