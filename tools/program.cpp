@@ -67,7 +67,7 @@ int runProgram(const char* name, const std::function<void()>& run) {
   } catch (const std::exception& error) {
     std::string line = error.what();  // can contain control characters, because it can quote the user's input
     std::replace_if(
-        line.begin(), line.end(), [](char c) { return c >= 0 && c < ' '; }, ' ');
+        line.begin(), line.end(), [](unsigned char c) { return c < ' '; }, ' ');
     fmt::print(stderr, "{}: {}\n", name, line);
     return 1;
   }
