@@ -1,5 +1,11 @@
 // Times the operations of a loaded plug-in through the interface, cycling through random states. The row `floor` is the
-// sines and cosines of the 18 angles of one state, which every pass over all joints must take.
+// sines and cosines of the 18 angles of one state, which every pass over all joints must take. The option --plugin=FILE
+// names another plug-in with the same interface; all other options are those of rows.hpp.
+
+#include <exception>
+#include <iostream>
+#include <string>
+#include <string_view>
 
 #include <benchmarks/rows.hpp>
 #include <host/Plugin.hpp>
@@ -11,12 +17,30 @@ using lumo::State;
 using Robot = lumo::RigidBodySystem;
 using Jacobian = Eigen::Matrix<float, 3, Eigen::Dynamic>;
 
+std::string plugin = LUMO_PLUGIN;
+
+/// Sets the plug-in from its option, which it removes from the arguments, and tries to load it.
+void takePlugin(int& argc, char** argv) {
+  constexpr std::string_view option = "--plugin=";
+  int kept = 1;
+  for (int i = 1; i < argc; ++i) {
+    const std::string_view argument = argv[i];
+    if (argument.substr(0, option.size()) == option) {
+      plugin = argument.substr(option.size());
+    } else {
+      argv[kept++] = argv[i];
+    }
+  }
+  argc = kept;
+  lumo::Plugin{plugin};
+}
+
 /// Adds a row for an operation on an object of its own. Where an operation takes sines, the state's angles are set
 /// first, which costs a few nanoseconds, so that no sine is computed twice in a row.
 template <typename Operation>
 void add(const char* name, Operation operation) {
   lumo::addRow(name, [operation] {
-    auto robot = lumo::Plugin(LUMO_PLUGIN).create();
+    auto robot = lumo::Plugin(plugin).create();
     lumo::states()[0].set(*robot);
     robot->computeFwdKinematics();
     return [operation, robot = std::move(robot), J = Jacobian(3, 21),
@@ -27,6 +51,12 @@ void add(const char* name, Operation operation) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  try {
+    takePlugin(argc, argv);
+  } catch (const std::exception& error) {
+    std::cerr << "bench_passes: " << error.what() << '\n';
+    return 1;
+  }
   lumo::addRow("floor", [] {
     return [states = lumo::states().data()](std::size_t i) {
       for (const auto& [sine, cosine] : kinetra::Spatial::sinCos<18>(states[i].q.data() + 3)) {

@@ -1,46 +1,59 @@
 #!/usr/bin/env python3
-"""Prints the table of scripts/bench.sh from a folder of results: Google Benchmark's JSON, or callgrind's counts."""
+"""Prints what scripts/bench.sh measured, from a folder of its results.
+
+bench_table.py times FOLDER PICTURE          our times beside those of other libraries; also draws them
+bench_table.py against FOLDER COMMIT         the times of two plug-ins
+bench_table.py instructions FOLDER PLUGIN    instructions in place of times, then their kinds
+"""
 
 import json
 import pathlib
-import statistics
+import re
 import sys
 
+import bench_picture
 import callgrind
+import instruction_kinds
 
 PEERS = ["MuJoCo", "Orocos KDL"]
 STATES = 64  # how often a counted loop runs each row
 
 
-def read_times(folder):
-    """Medians of all rows in nanoseconds, the words on each peer, and how far apart the middle half of the runs is."""
-    runs, context = {}, {}
-    for file in sorted(folder.glob("*.json")):
+def read_times(folder, program):
+    """For each row of a program the shortest time of every round in nanoseconds, and what the program says of itself."""
+    rows, context = {}, {}
+    files = sorted(folder.glob(f"{program}.*.json"), key=lambda file: int(file.name.split(".")[-2]))
+    for number, file in enumerate(files):
         result = json.loads(file.read_text())
         context.update(result["context"])
-        for row in sorted(result["benchmarks"], key=lambda row: row["family_index"]):
-            if row["run_type"] == "iteration":
-                runs.setdefault(row["run_name"], []).append(row["cpu_time"])
-    values, spread = {}, {}
-    for name, times in runs.items():
-        quarters = statistics.quantiles(times, n=4)
-        values[name] = statistics.median(times)
-        spread[name] = (quarters[2] - quarters[0]) / values[name]
-    return values, context, spread
+        for run in sorted(result["benchmarks"], key=lambda run: run["family_index"]):
+            if run["run_type"] == "iteration":
+                rounds = rows.setdefault(run["run_name"], [])
+                rounds[number:] = [min(rounds[number:] + [run["cpu_time"]])]
+    return rows, context
 
 
-def read_counts(folder):
-    """Instructions per run of each row. callgrind wrote one numbered file per row, in their order."""
-    values = {}
-    for names in sorted(folder.glob("*.names")):
-        dumps = callgrind.read_dumps(names.with_suffix(""))
-        for name, (_, counts) in zip(names.read_text().splitlines(), dumps):
-            values[name] = sum(counts.values()) / STATES
-    return values
+def halves(rounds):
+    """The shortest times of the odd and of the even rounds. How far they are apart tells how far to trust them."""
+    return min(rounds[::2]), min(rounds[1::2])
 
 
-def table(values, unit):
-    """Our rows against the floor and the peers, whose rows are named PEER/OPERATION."""
+def print_repeatability(differences, what):
+    worst = max(differences, key=differences.get)
+    print(f"{what} of odd and even rounds differ by {differences[worst]:.1%} at most, in {worst}"
+          + ("; this machine is too busy for a fair comparison" if differences[worst] > 0.05 else ""))
+
+
+def print_table(rows):
+    widths = [max(len(row[column]) for row in rows) for column in range(len(rows[0]))]
+    rows.insert(1, ["-" * widths[0]] + ["-" * (width - 1) + ":" for width in widths[1:]])
+    for row in rows:
+        cells = [row[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(row[1:], widths[1:])]
+        print("| " + " | ".join(cells) + " |")
+
+
+def print_beside_peers(values, unit):
+    """Our rows beside the floor and the peers, whose rows are named PEER/OPERATION."""
     peers = [peer for peer in PEERS if any(name.startswith(peer + "/") for name in values)]
     rows = [["operation", unit, "x floor"]]
     for peer in peers:
@@ -53,27 +66,60 @@ def table(values, unit):
             theirs = values.get(f"{peer}/{name}")
             row += [f"{theirs:.0f}", f"{theirs / value:.1f}"] if theirs else ["", ""]
         rows.append(row)
-    widths = [max(len(row[column]) for row in rows) for column in range(len(rows[0]))]
-    rows.insert(1, ["-" * widths[0]] + ["-" * (width - 1) + ":" for width in widths[1:]])
-    for row in rows:
-        cells = [row[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(row[1:], widths[1:])]
-        print("| " + " | ".join(cells) + " |")
+    print_table(rows)
 
 
-def main():
-    folder = pathlib.Path(sys.argv[1])
-    if any(folder.glob("*.json")):
-        values, context, spread = read_times(folder)
-        table(values, "ns")
-        print()
-        for peer in PEERS:
-            print(f"{peer}: {context.get(peer, 'left out')}")
-        worst = max(spread, key=spread.get)
-        print(f"Spread of the middle half of the runs: {spread[worst]:.1%} at most, in {worst}"
-              + ("; this machine is too busy for a fair table" if spread[worst] > 0.05 else ""))
-    else:
-        table(read_counts(folder), "instructions")
+def times(folder, picture):
+    rows, context = {}, {}
+    for program in ["bench_passes", "bench_peers"]:
+        more_rows, more_context = read_times(folder, program)
+        rows.update(more_rows)
+        context.update(more_context)
+    values = {name: min(rounds) for name, rounds in rows.items()}
+    print_beside_peers(values, "ns")
+    print()
+    for peer in PEERS:
+        print(f"{peer}: {context.get(peer, 'left out')}")
+    spread = {name: max(halves(rounds)) / min(rounds) - 1 for name, rounds in rows.items()}
+    print_repeatability(spread, "The times")
+    pathlib.Path(picture).write_text(bench_picture.draw(values, PEERS))
+    print(f"{picture} shows the same as a picture.")
+
+
+def against(folder, commit):
+    before, _ = read_times(folder, "before")
+    now, _ = read_times(folder, "now")
+    rows, spread = [["operation", f"ns, {commit}", "ns, now", "ratio"]], {}
+    for name in now:
+        if name == "floor":  # is not taken in the plug-in
+            continue
+        rows.append([name, f"{min(before[name]):.0f}", f"{min(now[name]):.0f}",
+                     f"{min(now[name]) / min(before[name]):.3f}"])
+        ratios = [ours / theirs for ours, theirs in zip(halves(now[name]), halves(before[name]))]
+        spread[name] = max(ratios) / min(ratios) - 1
+    print_table(rows)
+    print()
+    print_repeatability(spread, "The ratios")
+
+
+def instructions(folder, plugin):
+    values, kinds = {}, {}
+    for names in sorted(folder.glob("*.names")):
+        base = names.with_suffix("")
+        for name, file, (_, counts) in zip(names.read_text().splitlines(), callgrind.dump_files(base),
+                                           callgrind.read_dumps(base)):
+            values[name] = sum(counts.values()) / STATES
+            if re.match("compute|controlCycle", name):
+                kinds[name] = instruction_kinds.read_kinds(plugin, file)
+    print_beside_peers(values, "instructions")
+    print()
+    rows = [["in the plug-in", "all"] + instruction_kinds.KINDS]
+    for name, counts in kinds.items():
+        numbers = [sum(counts.values())] + [counts[kind] for kind in instruction_kinds.KINDS]
+        rows.append([name] + [f"{number / STATES:.0f}" for number in numbers])
+    print_table(rows)
 
 
 if __name__ == "__main__":
-    main()
+    {"times": times, "against": against, "instructions": instructions}[sys.argv[1]](pathlib.Path(sys.argv[2]),
+                                                                                    sys.argv[3])
