@@ -1,5 +1,5 @@
-// A host: loads the plug-in, sets a state, computes, reads results and makes a clone. The build defines LUMO_PLUGIN, the
-// path of the plug-in. If the program has an argument, it loads the plug-in with that path instead.
+// A host: loads the plug-in, sets a state, computes, reads results and makes a clone. The build defines LUMO_PLUGIN,
+// the path of the plug-in. If the program has an argument, it loads the plug-in with that path instead.
 
 #include <exception>
 #include <iostream>

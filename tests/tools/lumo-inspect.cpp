@@ -106,6 +106,7 @@ TEST(Inspector, AnswersBadInputWithOneLineAndWritesNothing) {
            {"--bogus", "--bogus"},
            {"--joint headyow=1", "most similar name is HeadYaw"},
            {"--joint Knee=1", "most similar name is KneePitch"},
+           {"--joint Foo=1", "--list prints all names"},
            {"--joint HeadYaw", "expected NAME=RAD"},
            {"--joint HeadYaw=1.5.2", "not a finite number"},
            {"--joint HeadYaw=nan", "not a finite number"},
