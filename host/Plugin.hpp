@@ -11,17 +11,18 @@
 
 namespace lumo {
 
-/// A loaded plug-in. This header needs no library but the C library, and before glibc 2.34 also `-ldl`.
+/// A loaded plug-in. It needs only the C library.
 ///
 ///     lumo::Plugin::Object robot = lumo::Plugin("lib/lumo/norvaX3.so").create();
 ///     robot->computeFwdKinematics();
 ///
 /// The file stays loaded as long as the Plugin or one of its Objects exists, so they may be destroyed in any order. A
-/// clone does not keep the file loaded, because it is a std::unique_ptr: it must be destroyed before the last Object
-/// and the Plugin are. The names of bodies and joints are references into the plug-in and must not be used after that.
+/// clone does not keep the file loaded, because it is a std::unique_ptr with the standard deleter: it must be destroyed
+/// while the Plugin or one of its Objects exists. The names of bodies and joints are references to strings inside the
+/// plug-in and are valid as long as the file is loaded.
 class Plugin {
  public:
-  /// Destroys an object by the function of the plug-in that made it, and keeps that plug-in loaded until then.
+  /// Deletes an object with the function `destroy` of its plug-in, and keeps the plug-in loaded until then.
   struct Destroy {
     std::shared_ptr<void> library;
     void (*destroy)(RigidBodySystem*) = nullptr;

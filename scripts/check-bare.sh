@@ -1,6 +1,6 @@
 #!/bin/bash
-# Follows README.md by its commands, as a user would type them, on a Debian 12 that has nothing but its minimal base: makes
-# one in a folder, from the mirror that this machine uses, and a copy of the checkout in it. Needs root.
+# Runs the commands of README.md in a minimal Debian 12, in a chroot with a copy of the repository. The Debian packages
+# come from the mirror that this machine uses. Needs root.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

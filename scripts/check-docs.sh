@@ -1,6 +1,7 @@
 #!/bin/bash
-# Runs the commands that README.md and docs/ tell a reader to type, one after another, with an empty home folder. Leaves
-# out the scripts, because CI runs them anyway, and the commands that need root. Then runs the Python code in docs/.
+# Runs the commands that README.md and docs/ tell a reader to type, one after another. The home folder is a temporary
+# one, because the commands install files in it. Scripts are not run, because CI runs them separately, and neither are
+# commands that need root. Then runs the Python code in docs/.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

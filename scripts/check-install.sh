@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks that the plug-in can be installed: installs the optimised build, moves the installed tree, and uses it as the
-# developer of a host would. Then does the same with the Debian package.
+# Checks that the plug-in can be installed: installs the optimised build, moves the installed folder to another path,
+# runs the programs in it, and builds the example host with it. Then does the same with the Debian package.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

@@ -1,5 +1,5 @@
 #!/bin/bash
-# Installs missing packages, builds the optimised plug-in and shows the robot in a pose.
+# Installs missing packages, builds the optimised plug-in and shows the robot in the greeting pose.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Runs the fuzzer for 60 seconds, or for the number of seconds in the argument. The fuzzer makes random sequences of
-# calls with any floats under sanitizers. It adds the sequences that it finds to build/fuzz/corpus and writes one that
-# causes an error to build/fuzz.
+# calls with any floats under sanitizers. It adds sequences that reach new code to build/fuzz/corpus, and it writes a
+# sequence that causes an error to build/fuzz.
 set -euo pipefail
 seconds=${1:-60}
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks that the plug-in is fit for a control loop: counts the instructions of every compute operation in states at
-# rest, in usual and in extreme states, and looks for system calls and locks.
+# Checks that the plug-in can be used in a control loop. The number of instructions of each compute operation must be
+# the same in states at rest, in usual states and in extreme states. There must be no system calls and no locks.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Prints the table of scripts/real-time.sh from callgrind's counts, one file for each call, and fails if the number of
-instructions of an operation depends on the state. The arguments are the names that callgrind was given for its files,
-one for each run."""
+"""Prints the table of scripts/real-time.sh, and fails if the number of instructions of an operation depends on the
+state. Each argument is the name of the output file of one run of callgrind. The counts of each call are in a separate
+file, whose name is this name with a number."""
 
 import sys
 

@@ -1,6 +1,6 @@
 #!/bin/bash
-# Checks that the plug-in computes the same bits however it is built: builds it in several ways, computes all results of
-# the same 2,000 states with each, and compares a hash of every kind of result. --all adds more builds, some for other
+# Checks that the plug-in computes the same bits in all builds: builds it in several ways, computes all results of the
+# same 2,000 states with each build, and compares a hash of each kind of result. --all adds more builds, some for other
 # processors.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"

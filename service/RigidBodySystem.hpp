@@ -9,7 +9,7 @@
 
 #include <Eigen/Core>
 
-// The host's 3D math types, OX::Math. The build names the header of the library that it was pointed at.
+// The host's math types, OX::Math. The build can define LUMO_OXMATH_HEADER to use another math library.
 #ifndef LUMO_OXMATH_HEADER
 #define LUMO_OXMATH_HEADER <oxmath/oxmath.h>
 #endif
@@ -17,8 +17,8 @@
 
 namespace lumo {
 
-/// Read-only view of consecutive floats inside the object that handed it out. It stays valid, and shows later
-/// changes, as long as that object lives.
+/// Read-only view of consecutive floats inside the object that returned it. It is valid as long as the object exists,
+/// and it shows later changes.
 struct FloatView {
   const float* first;
   const float* last;  ///< one past the last value
@@ -29,167 +29,192 @@ struct FloatView {
   const float& operator[](std::size_t i) const { return first[i]; }
 };
 static_assert(std::is_trivially_copyable_v<FloatView> && sizeof(FloatView) == 2 * sizeof(void*),
-              "a view is returned as two pointers");
+              "FloatView must be two pointers, because it is part of the binary interface");
 
-/// Kinematics and dynamics of one robot: a tree of rigid bodies under a free-floating root.
+/// Kinematics and dynamics of one robot: a tree of rigid bodies with a free-floating root.
 ///
-/// A plug-in's `create` makes the object and its `destroy` takes it back. Set the state, compute, read the
-/// results: every result is as fresh as the compute operation that produced it, and none refreshes itself.
+/// The function `create` of the plug-in returns an object, and its function `destroy` deletes it. Set the state, call
+/// compute operations, then read the results. A result changes only when an operation computes it.
 ///
-/// Units are SI. Bodies are numbered 0 (the root) to getNbBodies() - 1, a parent before its children; joint angle
-/// k moves body k + 1 and is generalized coordinate k + 6. Coordinates 0-5 are the root's: x, y, z and the angles
-/// about x, y, z for positions, linear then angular for velocities, accelerations and forces. A pose (R, t) maps
-/// coordinates in the body's frame to the reference frame, p_ref = R p + t. The world's z axis points up.
+/// Units are SI. Bodies are numbered 0 (the root) to getNbBodies() - 1, a parent before its children. Joint angle k
+/// moves body k + 1 and is generalized coordinate k + 6. Coordinates 0-5 are the root's: x, y, z, roll, pitch, yaw for
+/// positions, where R = Rz(yaw) Ry(pitch) Rx(roll); linear then angular, in root axes, for velocities, accelerations
+/// and forces. A pose (R, t) maps coordinates in the body's frame to the reference frame, p_ref = R p + t. The world's
+/// z axis points up.
 ///
-/// An index out of range is the caller's error and is not checked, except where an operation says so. Nothing
-/// allocates but create, clone, the three get...Vector queries, and computePartialComJacobian for a matrix of another
-/// size; a failed look-up allocates its message. One object serves one thread at a time; setBodyInertia
-/// and creation write data that all objects share, so they must not overlap any operation on any object.
+/// Indexes are not checked, except where an operation says so: with an index out of range the behaviour is undefined.
+/// Only these operations allocate memory: clone, the three get...Vector operations, computePartialComJacobian if the
+/// matrix does not have 21 columns, and getJointAngleId and getBodyId if the name is unknown.
 ///
-/// The declaration order is binding: hosts call through it.
+/// Only one thread at a time may use an object. All objects share the masses: while setBodyInertia or `create` runs, no
+/// other operation may run on any object.
+///
+/// The order of the declarations must not change, because hosts depend on it.
 class RigidBodySystem {
  public:
   virtual ~RigidBodySystem() = default;
   RigidBodySystem& operator=(const RigidBodySystem&) = delete;
 
-  /// A new object with the same inputs and results, stale ones included; throws std::bad_alloc.
+  /// Returns a new object with the same inputs and results, including results that are out of date. Throws
+  /// std::bad_alloc.
   virtual std::unique_ptr<RigidBodySystem> clone() const = 0;
 
   // --- Names and sizes ---------------------------------------------------------------------------------------
 
   /// Always the empty string.
   virtual std::string getName() const = 0;
+  /// Number of joint angles: 15.
   virtual std::size_t getNbJointAngles() const = 0;
+  /// Number of bodies: 16.
   virtual std::size_t getNbBodies() const = 0;
+  /// Number of the poses that setVolatilePose stores: 1.
   virtual std::size_t getNbVolatileFrames() const = 0;
+  /// Name of the root, which is body 0.
   virtual const std::string& getRootName() const = 0;
+  /// Name of a joint angle; equal to the name of the body that it moves.
   virtual const std::string& getJointAngleName(std::size_t jointAngle) const = 0;
-  /// The joint angle of exactly this name; throws std::out_of_range: no joint angle named "...".
+  /// Index of the joint angle with exactly this name. Throws std::out_of_range with the message
+  /// `no joint angle named "..."`.
   virtual std::size_t getJointAngleId(const std::string& name) const = 0;
+  /// Name of a body.
   virtual const std::string& getBodyName(std::size_t body) const = 0;
-  /// The body of exactly this name; throws std::out_of_range: no body named "...".
+  /// Index of the body with exactly this name. Throws std::out_of_range with the message `no body named "..."`.
   virtual std::size_t getBodyId(const std::string& name) const = 0;
 
   // --- Masses ------------------------------------------------------------------------------------------------
 
-  /// Replaces a body's mass properties for every object of this model in the process: mass (kg), centre of mass
-  /// (m, body frame), rotational inertia about the centre of mass (kg m^2, body axes; the upper triangle is not
-  /// read). Any values are stored. The masses and
-  /// getComPosition(b) change at once, other results when they are computed again.
+  /// Sets the mass of a body (kg), its centre of mass in the body's frame (m), and its rotational inertia about the
+  /// centre of mass in the body's axes (kg m^2), for all objects in the process. Only the lower triangle of `inertia`
+  /// is read. Values are not checked. The masses and getComPosition(body) change at once, other results when they are
+  /// computed again.
   virtual void setBodyInertia(std::size_t body, float mass, const OX::Math::Position3D& com,
                               const Eigen::Matrix3f& inertia) = 0;
   /// Total mass (kg).
   virtual float getMass() const = 0;
-  /// Mass of all bodies but one (kg); the total mass when `body` is not a body.
+  /// Mass of all bodies except `body` (kg). If `body` is greater than 15, the total mass.
   virtual float getPartialMass(std::size_t body) const = 0;
   /// Mass of one body (kg).
   virtual float getMass(std::size_t body) const = 0;
 
   // --- State -------------------------------------------------------------------------------------------------
 
-  /// Pose of the root in the world. Read back at once by getRootPose; every other pose waits for a computation.
+  /// Sets the pose of the root in the world. The pose is converted to a position and three angles and back.
+  /// getRootPose(), getPose(0) and getComPosition(0) change at once, other results when they are computed again.
   virtual void setRootPose(const OX::Math::Transform& pose) = 0;
-  /// World pose of the root: the value last set by setRootPose, setPose(0) or a root computation.
+  /// Pose of the root in the world, equal to getPose(0). setRootPose, setPose(0) and computeFwdKinematicsOnlyRoot set
+  /// it. It can differ by rounding from the pose that was passed to setRootPose.
   virtual const OX::Math::Transform& getRootPose() const = 0;
-  /// Velocity of the root's origin (m/s) and its angular velocity (rad/s), both in the root body's axes.
+  /// Sets the velocity of the root's origin (m/s) and the angular velocity of the root (rad/s), both in root axes.
   virtual void setRootVelocity(const OX::Math::Velocity6D& velocity) = 0;
-  /// Spatial acceleration of the root in its body axes (m/s^2, rad/s^2): the derivative of the velocity's
-  /// components. The classical acceleration of the origin is this plus angular x linear velocity.
+  /// Sets the spatial acceleration of the root in root axes (m/s^2, rad/s^2): the derivatives of the components of the
+  /// velocity. The classical acceleration of the root's origin is its linear part plus angular x linear velocity.
   virtual void setRootAcceleration(const OX::Math::Velocity6D& acceleration) = 0;
+  /// The velocity that was set.
   virtual OX::Math::Velocity6D getRootVelocity() const = 0;
+  /// The acceleration that was set.
   virtual OX::Math::Velocity6D getRootAcceleration() const = 0;
 
-  /// All joint angles (rad, rad/s, rad/s^2). Reads exactly getNbJointAngles() values, whatever the array's size;
-  /// angles are not wrapped.
+  /// Set the positions (rad), velocities (rad/s) or accelerations (rad/s^2) of all joints. The array must have at least
+  /// 15 values; further values are ignored. Angles are not wrapped.
   virtual void setJointAnglesPos(const Eigen::Ref<const Eigen::ArrayXf>& positions) = 0;
   virtual void setJointAnglesVel(const Eigen::Ref<const Eigen::ArrayXf>& velocities) = 0;
   virtual void setJointAnglesAcc(const Eigen::Ref<const Eigen::ArrayXf>& accelerations) = 0;
+  /// Set the same values of one joint.
   virtual void setJointAnglePos(std::size_t jointAngle, float position) = 0;
   virtual void setJointAngleVel(std::size_t jointAngle, float velocity) = 0;
   virtual void setJointAngleAcc(std::size_t jointAngle, float acceleration) = 0;
+  /// The values of one joint that were set.
   virtual float getJointAnglePos(std::size_t jointAngle) const = 0;
   virtual float getJointAngleVel(std::size_t jointAngle) const = 0;
   virtual float getJointAngleAcc(std::size_t jointAngle) const = 0;
+  /// The values of all joints that were set.
   virtual FloatView getJointAnglesPos() const = 0;
   virtual FloatView getJointAnglesVel() const = 0;
   virtual FloatView getJointAnglesAcc() const = 0;
 
-  /// External wrench on a body, in the body's frame about its origin: force (N) then torque (N m), six values read
-  /// whatever the vector's size. It acts in every later computeInverseDynamics until it is set again.
+  /// Sets the external wrench on a body, in the body's frame about its origin: force (N), then torque (N m). The vector
+  /// must have at least six values; further values are ignored. The wrench acts until it is set again.
   virtual void setExternalWrench(std::size_t body, const std::vector<float>& wrench) = 0;
-  /// The same with the wrench given in another frame, about that frame's origin; `frame` is the pose of that frame
-  /// in the body's frame.
+  /// Sets the external wrench on a body, in another frame about the origin of that frame. `frame` is the pose of that
+  /// frame in the body's frame.
   virtual void setExternalWrench(std::size_t body, const std::vector<float>& wrench, OX::Math::Transform frame) = 0;
 
   // --- Computations ------------------------------------------------------------------------------------------
 
-  /// From the joint angles: poses and centre of mass in the root's frame, and the Jacobian. The root's pose plays no
-  /// part in them. Leaves the whole configuration, the root's pose included, to computeGeneralizedMass and
-  /// computePartialComJacobian.
+  /// Computes the poses, the centre of mass and the Jacobian in the root's frame from the joint angles. These results
+  /// do not depend on the root's pose. Afterwards computeGeneralizedMass and computePartialComJacobian use the present
+  /// joint angles and root pose.
   virtual void computeFwdKinematicsExceptRoot() = 0;
-  /// From the root's pose and the last computeFwdKinematicsExceptRoot: poses and centre of mass in the world. Enough
-  /// when only the root has moved. Leaves the root's pose to computePartialComJacobian, beside the joint angles that
-  /// it already has.
+  /// Computes the poses and the centre of mass in the world from the root's pose and the results of the last
+  /// computeFwdKinematicsExceptRoot. It is sufficient if only the root has moved. Afterwards computePartialComJacobian
+  /// uses the present root pose.
   virtual void computeFwdKinematicsOnlyRoot() = 0;
-  /// Both of the above, in this order.
+  /// Calls computeFwdKinematicsExceptRoot and then computeFwdKinematicsOnlyRoot.
   virtual void computeFwdKinematics() {
     computeFwdKinematicsExceptRoot();
     computeFwdKinematicsOnlyRoot();
   }
-  /// The generalized mass matrix at the joint angles of the last computeFwdKinematicsExceptRoot or
-  /// computeInverseDynamics, one of which must have run on a new object. The root's pose plays no part in it.
+  /// Computes the generalized mass matrix at the joint angles of the last computeFwdKinematicsExceptRoot or
+  /// computeInverseDynamics. On a new object, call one of them first. The result does not depend on the root's pose.
   virtual void computeGeneralizedMass() = 0;
-  /// Sets J to 3 x 21: the partial mass times the Jacobian of the centre of mass of all bodies but `body`, in world
-  /// axes (kg m per unit coordinate), at the configuration of the last forward kinematics or inverse dynamics, one of
-  /// which must have run on a new object. Divide by getPartialMass(body) for the Jacobian itself. J is left alone when
-  /// `body` is not a body. Throws std::bad_alloc when J needs new storage and there is none; J is then as it was.
+  /// Sets J, 3 x 21, to getPartialMass(body) times the Jacobian of the centre of mass of all bodies except `body`, in
+  /// world axes (kg for columns 0-2, kg m for the others). It uses the joint angles of the last
+  /// computeFwdKinematicsExceptRoot or computeInverseDynamics, and the root pose of the last of these or of
+  /// computeFwdKinematicsOnlyRoot. On a new object, call one of the first two first. If `body` is greater than 15, J is
+  /// not changed. Throws std::bad_alloc if J must be resized and memory runs out; J is then not changed.
   virtual void computePartialComJacobian(std::size_t body, Eigen::Matrix<float, 3, Eigen::Dynamic>& J) = 0;
-  /// Centre of mass of all bodies but `body`, 1 to getNbBodies() - 1, in the root's frame (m), from the last
-  /// computeFwdKinematicsExceptRoot. Beware: for the root and for no body it returns getComPosition(), the whole
-  /// robot's centre of mass, and that one value is in the world frame.
+  /// Returns the centre of mass of all bodies except `body` in the root's frame (m), at the joint angles of the last
+  /// computeFwdKinematicsExceptRoot. If `body` is 0 or greater than 15, it returns getComPosition(), the centre of mass
+  /// of the whole robot in the **world** frame.
   virtual OX::Math::Position3D computePartialComPositionInRoot(std::size_t body) = 0;
 
   // --- Poses and centres of mass -----------------------------------------------------------------------------
 
   /// Pose of a body in the root's frame, as of the last computeFwdKinematicsExceptRoot; the identity for the root.
   virtual const OX::Math::Transform& getPoseInRoot(std::size_t body) const = 0;
-  /// Pose of a body in the world, as of the last root computation or setPose. The largest std::size_t value stands for
-  /// the world itself: the identity.
+  /// Pose of a body in the world, as of the last computeFwdKinematicsOnlyRoot or setPose; that of the root also as of
+  /// the last setRootPose. The largest std::size_t value means the world, and its pose is the identity.
   virtual const OX::Math::Transform& getPose(std::size_t body) const = 0;
-  /// Overwrites a body's world pose until the next root computation; nothing else changes.
+  /// Replaces the world pose of a body until the next computeFwdKinematicsOnlyRoot; that of the root also until the
+  /// next setRootPose. No computation uses this pose, except getComPosition(body).
   virtual void setPose(std::size_t body, const OX::Math::Transform& pose) = 0;
-  /// A pose kept for the host; no computation reads or writes it.
+  /// The pose that setVolatilePose has stored. No computation reads or writes it.
   virtual const OX::Math::Transform& getVolatilePose(std::size_t frame) const = 0;
+  /// Stores a pose for the host.
   virtual void setVolatilePose(std::size_t frame, const OX::Math::Transform& pose) = 0;
-  /// Centre of mass of one body in the world (m), from its stored world pose.
+  /// Centre of mass of one body in the world (m), computed from getPose(body) at each call.
   virtual OX::Math::Position3D getComPosition(std::size_t body) const = 0;
   /// Centre of mass of the robot in the root's frame (m), as of the last computeFwdKinematicsExceptRoot.
   virtual const OX::Math::Position3D& getComPositionInRoot() const = 0;
-  /// Centre of mass of the robot in the world (m), as of the last root computation.
+  /// Centre of mass of the robot in the world (m), as of the last computeFwdKinematicsOnlyRoot.
   virtual const OX::Math::Position3D& getComPosition() const = 0;
 
   // --- Matrices and the tree ---------------------------------------------------------------------------------
 
-  /// 21 x 21, symmetric, in the order of the generalized coordinates, the root's in its body axes (kg, kg m, kg m^2),
-  /// as of the last computeGeneralizedMass. Zero where the coordinates belong to two branches of the tree.
+  /// Generalized mass matrix, 21 x 21, symmetric, in the order of the generalized coordinates, those of the root in
+  /// root axes (kg, kg m, kg m^2), as of the last computeGeneralizedMass. An entry is zero if its coordinates belong to
+  /// two branches of the tree.
   virtual const Eigen::MatrixXf& getGeneralizedMass() const = 0;
-  /// 6 x 21, rows angular then linear: column d is the spatial velocity, in the root's frame at the root's origin,
-  /// that a unit rate of coordinate d gives the body it moves. As of the last computeFwdKinematicsExceptRoot; columns
+  /// Jacobian, 6 x 21, three angular rows, then three linear rows, in root axes, as of the last
+  /// computeFwdKinematicsExceptRoot. Column d is the velocity, at unit rate of coordinate d, of the body that
+  /// coordinate d moves. The linear part is the velocity of the point of the body that is at the root's origin. Columns
   /// 0-5 are constant.
   virtual const Eigen::Matrix<float, 6, Eigen::Dynamic>& getJacobianInRoot() const = 0;
-  /// Per body: its parent (-1 for the root), its number of coordinates, the index of its first; throw std::bad_alloc.
+  /// Return for each body the index of its parent (-1 for the root), the number of its coordinates and the index of its
+  /// first coordinate. Throw std::bad_alloc.
   virtual std::vector<std::int64_t> getParentsVector() const = 0;
   virtual std::vector<std::int64_t> getDofNumbersVector() const = 0;
   virtual std::vector<std::int64_t> getDofIndexesVector() const = 0;
 
   // --- Inverse dynamics --------------------------------------------------------------------------------------
 
-  /// Joint torques that give the set accelerations at the set positions and velocities, under gravity and the
-  /// external wrenches. Needs no earlier computation. computeGeneralizedMass and computePartialComJacobian take over
-  /// the configuration of this computation; poses and centres of mass stay those of the last forward kinematics.
+  /// Computes the joint torques that produce the accelerations that were set, at the positions and velocities that were
+  /// set, under gravity and the external wrenches. It needs no earlier computation. Afterwards computeGeneralizedMass
+  /// and computePartialComJacobian use the present joint angles and root pose. Poses and centres of mass do not change.
   virtual void computeInverseDynamics() = 0;
   /// Torque of a joint (N m) as of the last computeInverseDynamics.
   virtual float getJointAngleTorque(std::size_t jointAngle) const = 0;
+  /// Torques of all joints (N m) as of the last computeInverseDynamics.
   virtual FloatView getJointAnglesTorque() const = 0;
 
  protected:

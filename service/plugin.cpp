@@ -5,11 +5,11 @@
 
 extern "C" {
 
-/// A new object; the caller hands it back to destroy. Never null; throws std::bad_alloc.
+/// Returns a new object, which `destroy` must delete. Throws std::bad_alloc.
 __attribute__((visibility("default"))) lumo::RigidBodySystem* create() {
   return new lumo::KinetraRigidBodySystem<kinetra::norvaX3>;
 }
 
-/// Takes back an object that create made; null is ignored.
+/// Deletes an object that `create` returned. Does nothing for null.
 __attribute__((visibility("default"))) void destroy(lumo::RigidBodySystem* system) { delete system; }
 }

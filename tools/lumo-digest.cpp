@@ -103,13 +103,15 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float sca
 }
 
 void run(int argc, char** argv) {
-  CLI::App app{"Prints a hash of every kind of result over many states, to compare builds bit for bit.", "lumo-digest"};
+  CLI::App app{
+      "Prints a hash of each kind of result over many states, so that the bits of two plug-ins can be compared.",
+      "lumo-digest"};
   std::filesystem::path file;
   std::uint64_t states = 2000;
   float scale = 1.0F;
   lumo::addPluginOption(app, file);
   app.add_option("--states", states, "Number of states")->capture_default_str();
-  app.add_option("--scale", scale, "Factor by which all inputs are multiplied; with 1, angles are within 3 rad")
+  app.add_option("--scale", scale, "Factor for all inputs; the value 1 means angles up to 3 rad")
       ->capture_default_str();
   if (!lumo::parse(app, argc, argv)) return;
 

@@ -1,4 +1,4 @@
-// lumo-inspect: loads a plug-in, sets a state of its robot, computes everything once and shows the results.
+// lumo-inspect: loads a plug-in, sets a state of its robot, runs all computations once and shows the results.
 
 #include <host/Plugin.hpp>
 #include <tools/inspect/Report.hpp>

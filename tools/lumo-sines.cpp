@@ -138,8 +138,7 @@ void run(int argc, char** argv) {
   CLI::App app{"Compares the sines and cosines of all floats with the floats nearest to the true values.",
                "lumo-sines"};
   unsigned threads = std::max(1U, std::thread::hardware_concurrency());
-  app.add_option("--threads", threads, "How many threads compare; by default one for each core")
-      ->check(CLI::Range(1, 1024));
+  app.add_option("--threads", threads, "Number of threads; by default one for each core")->check(CLI::Range(1U, 1024U));
   if (!lumo::parse(app, argc, argv)) return;
 
   std::atomic<std::uint32_t> nextBlock = 0;

@@ -19,7 +19,7 @@ void addPluginOption(CLI::App& app, std::filesystem::path& file) {
   const auto installed = (bin / LUMO_LIB_FROM_BIN / "lumo/norvaX3.so").lexically_normal();
   std::error_code ignored;
   file = std::filesystem::exists(installed, ignored) ? installed : bin.parent_path() / "lib/lumo/norvaX3.so";
-  app.add_option("--plugin", file, "The plug-in; by default the one built or installed with this program")
+  app.add_option("--plugin", file, "The plug-in file; by default the one built or installed with this program")
       ->type_name("FILE");
 }
 

@@ -16,7 +16,7 @@ struct Record {
   static void finish(Robot&, Ids&, Ids& finished) { finished.push_back(N); }
 };
 
-TEST(Traversal, DiscoversParentsFirstAndFinishesChildrenFirst) {
+TEST(Traversal, VisitsParentsBeforeChildrenAndReturnsFromChildrenFirst) {
   norvaX3 robot;
   Ids discovered, finished;
   kinetra::internal::depth_first_traversal<Record, norvaX3>::run(robot, discovered, finished);

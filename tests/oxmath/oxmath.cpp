@@ -10,7 +10,7 @@ using namespace OX::Math;
 
 // Other tests see wrong angles in the world poses. At gimbal lock the axes of roll and yaw coincide, so the angles are
 // not unique, and only the pose can be compared.
-TEST(OxMath, PoseSurvivesGimbalLock) {
+TEST(OxMath, PoseRoundTripReturnsThePoseInGimbalLock) {
   for (const float pitch : {1.57079633F, -1.57079633F}) {
     Transform locked = transformFromPosition6D({1, 2, 3, 0.5F, pitch, -2});
     locked.m[0][0] = locked.m[1][0] = locked.m[2][1] = locked.m[2][2] = 0;

@@ -59,7 +59,7 @@ std::size_t allocationsIn(const Call& call) {
   return allocations - before;
 }
 
-TEST(Allocation, OnlyWhereTheInterfaceSaysSo) {
+TEST(Allocation, HappensOnlyInDocumentedOperations) {
   const auto object = create(lumo::Plugin(LUMO_PLUGIN));
   const State x(40);
   const std::string name = "RShoulderPitch";
@@ -128,19 +128,19 @@ struct AllocationFailure : testing::Test {
   }
 };
 
-TEST_F(AllocationFailure, InCreateOrCloneReachesTheHostAndLosesNothing) {
+TEST_F(AllocationFailure, InCreateOrCloneThrowsBadAllocWithoutLeak) {
   EXPECT_EQ(failedIn(*object, [&] { plugin.create(); }), 6U);
   EXPECT_EQ(failedIn(*object, [&] { object->clone(); }), 6U);
 }
 
-TEST_F(AllocationFailure, InATableQueryReachesTheHostAndLosesNothing) {
+TEST_F(AllocationFailure, InATableQueryThrowsBadAllocWithoutLeak) {
   for (const auto table : {&Host::getParentsVector, &Host::getDofNumbersVector, &Host::getDofIndexesVector}) {
     EXPECT_EQ(failedIn(*object, [&] { (*object.*table)(); }), 1U);
   }
   EXPECT_EQ(failedIn(*object, [&] { object->getName(); }), 0U);
 }
 
-TEST_F(AllocationFailure, InThePartialJacobianReachesTheHostAndLeavesTheMatrixAsItWas) {
+TEST_F(AllocationFailure, InThePartialJacobianThrowsBadAllocAndDoesNotChangeTheMatrix) {
   for (const Eigen::Index columns : {0, 20, 22}) {
     const Jacobian old = Jacobian::Constant(3, columns, 7);
     Jacobian J = old;
@@ -154,7 +154,7 @@ bool isLoaded() {
   return std::string(std::istreambuf_iterator<char>(maps), {}).find("norvaX3.so") != std::string::npos;
 }
 
-TEST(Unloading, LeavesNothingBehind) {
+TEST(Unloading, FreesAllMemory) {
   const State x(42);
   std::size_t before = 0;
   for (int cycle = 0; cycle < 1000; ++cycle) {

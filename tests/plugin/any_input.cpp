@@ -7,7 +7,7 @@ namespace {
 using namespace lumo::test;
 
 // The axis of the first joint is the root's z axis, so the pose contains the sine and the cosine of the joint angle.
-TEST(AnyInput, AnglesOfAnySizeGiveTheRightSine) {
+TEST(AnyInput, SineOfHugeAnglesIsCorrectlyRounded) {
   const auto system = create();
   for (int power = -30; power <= 30; ++power) {
     const double size = std::pow(10.0, power);

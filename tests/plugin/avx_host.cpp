@@ -37,4 +37,10 @@ __attribute__((noinline)) int run() {
 }  // namespace
 }  // namespace lumo::test
 
-int main() { return __builtin_cpu_supports("avx") ? lumo::test::run() : 77; }
+int main(int argc, char**) {
+  if (argc > 1) {
+    std::fprintf(stderr, "lumo-avx-host takes no arguments\n");
+    return 1;
+  }
+  return __builtin_cpu_supports("avx") ? lumo::test::run() : 77;
+}

@@ -8,14 +8,14 @@ namespace {
 
 using namespace lumo::test;
 
-TEST(Contract, AHostCanDeclareTheInterfaceForItself) {
+TEST(Contract, AHostCanUseItsOwnDeclarationOfTheInterface) {
   const auto system = computed(State(6));
   const auto& ours = *reinterpret_cast<const lumo::RigidBodySystem*>(system.get());  // every query is a const operation
   EXPECT_TRUE(identical(queries(ours), queries(*system)));
   EXPECT_TRUE(identical(ours.clone()->getRootPose(), system->getRootPose()));
 }
 
-TEST(Contract, NewObjectStandsAtTheOrigin) {
+TEST(Contract, NewObjectHasIdentityPoses) {
   const auto system = create();
   for (Size b = 0; b < nb_bodies; ++b) {
     EXPECT_TRUE(identical(frame(system->getPose(b)).matrix(), Eigen::Matrix4d::Identity())) << "body " << b;
@@ -24,7 +24,7 @@ TEST(Contract, NewObjectStandsAtTheOrigin) {
   EXPECT_TRUE(identical(frame(system->getVolatilePose(0)).matrix(), Eigen::Matrix4d::Identity()));
 }
 
-TEST(Contract, NewObjectIsAtRest) {
+TEST(Contract, NewObjectHasZeroInputsAndTorques) {
   const auto system = create();
   const Eigen::VectorXd none = Eigen::VectorXd::Zero(15);
   EXPECT_TRUE(identical(system->getRootVelocity(), none.head(6)));
@@ -35,7 +35,7 @@ TEST(Contract, NewObjectIsAtRest) {
   EXPECT_TRUE(identical(system->getJointAnglesTorque(), none));
 }
 
-TEST(Contract, NewObjectHasZeroMatricesExceptTheRootsColumnsOfTheJacobian) {
+TEST(Contract, NewObjectHasZeroMatricesExceptTheRootColumnsOfTheJacobian) {
   const auto system = create();
   Eigen::MatrixXd J = Eigen::MatrixXd::Zero(6, 21);
   J.block(3, 0, 3, 3) = J.block(0, 3, 3, 3) = Eigen::Matrix3d::Identity();
@@ -43,13 +43,13 @@ TEST(Contract, NewObjectHasZeroMatricesExceptTheRootsColumnsOfTheJacobian) {
   EXPECT_TRUE(identical(system->getGeneralizedMass(), Eigen::MatrixXd::Zero(21, 21)));
 }
 
-TEST(Contract, NewObjectIsAlignedForItsVectors) {
+TEST(Contract, NewObjectIsAlignedForVectorInstructions) {
   EXPECT_EQ(reinterpret_cast<std::uintptr_t>(create().get()) % 16, 0U);
 }
 
 TEST(Contract, DestroyIgnoresNull) { lumo::Plugin(LUMO_PLUGIN).create().get_deleter().destroy(nullptr); }
 
-TEST(Contract, OnANewObjectOnlyRootLeavesTheOtherBodiesWithoutRotation) {
+TEST(Contract, OnlyRootOnANewObjectSetsZeroRotationMatrices) {
   const auto system = create();
   system->computeFwdKinematicsOnlyRoot();
   for (Size b = 1; b < nb_bodies; ++b) EXPECT_TRUE(frame(system->getPose(b)).linear().isZero(0)) << "body " << b;
@@ -70,7 +70,7 @@ TEST(Contract, BodiesAndJointAnglesAreFoundByTheirNames) {
   }
 }
 
-TEST(Contract, UnknownNamesAreNamedInTheException) {
+TEST(Contract, ExceptionContainsTheUnknownName) {
   const auto system = create();
   const auto message = [](const auto& find) -> std::string {
     try {
@@ -97,7 +97,7 @@ TEST(Contract, SizesAndTablesDescribeTheTree) {
   EXPECT_EQ(system->getDofIndexesVector(), (Table{0, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16, 17, 18, 19, 20}));
 }
 
-TEST(Contract, RootIsReadBackAsItWasSet) {
+TEST(Contract, RootInputsAreReturnedUpToRounding) {
   const auto system = create();
   const Transform mine = State(1).rootPose(), &root = system->getRootPose();
   system->setRootPose(mine);
@@ -108,7 +108,7 @@ TEST(Contract, RootIsReadBackAsItWasSet) {
   EXPECT_TRUE(identical(system->getRootAcceleration(), Eigen::VectorXd::LinSpaced(6, 7, 12)));
 }
 
-TEST(Contract, JointAnglesAreReadBackAsTheyWereSet) {
+TEST(Contract, JointInputsAreReturnedExactly) {
   struct Kind {
     const char* name;
     void (Host::*setAll)(Angles);
@@ -144,7 +144,7 @@ TEST(Contract, JointAnglesAreReadBackAsTheyWereSet) {
   EXPECT_TRUE(identical(system->getRootVelocity(), Eigen::VectorXd::Zero(6)));
 }
 
-TEST(Contract, EachTorqueIsTheSameAloneAndInTheView) {
+TEST(Contract, SingleTorquesEqualThoseInTheView) {
   const auto system = computed(State(2));
   const View torques = system->getJointAnglesTorque();
   for (Size k = 0; k < nb_joint_angles; ++k) {
@@ -161,7 +161,7 @@ std::string changes(const Answers& before, const Answers& after) {
   return names;
 }
 
-TEST(Contract, APoseThatTheHostSetsLastsUntilOnlyRootAndIsUsedByNoComputation) {
+TEST(Contract, PoseFromSetPoseLastsUntilOnlyRootAndIsUsedByNoComputation) {
   const auto system = computed(State(3));
   const Transform mine = State(4).rootPose();
   system->computeFwdKinematics();
@@ -187,7 +187,7 @@ TEST(Contract, NoComputationReadsOrWritesTheVolatilePose) {
   EXPECT_EQ(changes(before, answers(*system)), "volatile pose; ");
 }
 
-TEST(Contract, ACloneAnswersAsItsSourceEvenWhereResultsAreOld) {
+TEST(Contract, CloneReturnsTheSameResultsIncludingOldOnes) {
   const auto source = computed(State(8));
   set(*source, State(7));
   source->setVolatilePose(0, State(9).rootPose());
@@ -210,7 +210,7 @@ TEST(Contract, ObjectsAndClonesShareNoState) {
   EXPECT_TRUE(identical(answers(*source), answers(*reference)));
 }
 
-TEST(Contract, AnIndexBeyondTheLastBodyLeavesNoBodyOut) {
+TEST(Contract, InvalidBodyIndexMeansTheWholeRobot) {
   const auto system = computed(State(12));
   for (const Size none : {Size{16}, (Size{1} << 32) + 3, SIZE_MAX}) {
     Jacobian J = Jacobian::Constant(3, 5, 7);
@@ -222,11 +222,11 @@ TEST(Contract, AnIndexBeyondTheLastBodyLeavesNoBodyOut) {
   EXPECT_TRUE(identical(system->computePartialComPositionInRoot(0), system->getComPosition()));
 }
 
-TEST(Contract, TheLargestIndexIsTheWorld) {
+TEST(Contract, PoseOfTheLargestIndexIsTheIdentity) {
   EXPECT_TRUE(identical(frame(computed(State(12))->getPose(SIZE_MAX)).matrix(), Eigen::Matrix4d::Identity()));
 }
 
-TEST(Contract, APartialJacobianResizesTheMatrixOnce) {
+TEST(Contract, PartialJacobianResizesTheMatrixOnlyIfNeeded) {
   const auto system = computed(State(12));
   Jacobian J = Jacobian::Constant(3, 5, 7);
   system->computePartialComJacobian(15, J);

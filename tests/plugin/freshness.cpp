@@ -102,7 +102,7 @@ const Row rows[] = {
     {"setInertia", "Dynamics", "masses bodyComs partialComs jointsOfNodes rootOfNodes torques"},
 };
 
-TEST(Freshness, EachOperationBringsItsResultsUpToDateAndNoOthers) {
+TEST(Freshness, EachOperationUpdatesItsResultsAndNoOthers) {
   for (const Row& row : rows) {
     const lumo::Plugin plugin(LUMO_PLUGIN);  // with the masses that it has when it is loaded
     const Object system = create(plugin);

@@ -40,7 +40,7 @@ struct Identities : testing::TestWithParam<unsigned> {
 };
 INSTANTIATE_TEST_SUITE_P(Seed, Identities, testing::Range(100U, 104U));
 
-TEST_P(Identities, EachCentreOfMassMovesWithItsBody) {
+TEST_P(Identities, CentreOfMassMovesWithItsBody) {
   const auto atRest = create();  // all its poses are the identity
   for (Size b = 0; b < nb_bodies; ++b) {
     const Vector3d expected = frame(system->getPose(b)) * Vector3d(toDoubles(atRest->getComPosition(b)));
@@ -48,19 +48,19 @@ TEST_P(Identities, EachCentreOfMassMovesWithItsBody) {
   }
 }
 
-TEST_P(Identities, TheRobotsCentreOfMassIsTheMeanOfItsBodies) {
+TEST_P(Identities, CentreOfMassOfTheRobotIsTheMeanOfItsBodies) {
   EXPECT_TRUE(near(system->getComPosition(), moment() / mass, 8 * epsilon));
   EXPECT_TRUE(near(root * Vector3d(toDoubles(system->getComPositionInRoot())), moment() / mass, 8 * epsilon));
 }
 
-TEST_P(Identities, APartialCentreOfMassIsTheMeanOfTheOtherBodies) {
+TEST_P(Identities, PartialCentreOfMassIsTheMeanOfTheOtherBodies) {
   for (Size b = 1; b < nb_bodies; ++b) {
     const Vector3d com = root * Vector3d(toDoubles(system->computePartialComPositionInRoot(b)));
     EXPECT_TRUE(near(com, (moment() - moment(b)) / partialMass(b), 8 * epsilon)) << "without body " << b;
   }
 }
 
-TEST_P(Identities, ThePartialJacobiansColumnForARootTurnIsTheMomentumOfTheOtherBodies) {
+TEST_P(Identities, RootRotationColumnOfAPartialJacobianIsTheMomentumOfTheOtherBodies) {
   const Vector3d axis = root.linear().col(0);
   for (Size b = 0; b < nb_bodies; ++b) {
     const Vector3d arm = (moment() - moment(b)) - partialMass(b) * root.translation();
@@ -68,13 +68,13 @@ TEST_P(Identities, ThePartialJacobiansColumnForARootTurnIsTheMomentumOfTheOtherB
   }
 }
 
-TEST_P(Identities, ThePartialJacobiansAddUpToTheMassMatrixsMomentum) {
+TEST_P(Identities, SumOfThePartialJacobiansIs15TimesTheMomentumRowsOfTheMassMatrix) {
   MatrixXd sum = MatrixXd::Zero(3, 21);
   for (Size b = 0; b < nb_bodies; ++b) sum += partialJacobian(b);  // each body is left out of one of the 16
   EXPECT_TRUE(near(sum, 15 * root.linear() * H.topRows(3), 64 * epsilon * mass));
 }
 
-TEST_P(Identities, TorquesAtRestAreThoseOfInertiaWeightAndWrenches) {
+TEST_P(Identities, TorquesAtRestAreTheSumOfInertiaWeightAndWrenches) {
   VectorXd expected = H * x.ddq.matrix().cast<double>() + 9.81 * (root.linear() * H.topRows(3)).row(2).transpose();
   const Table parents = system->getParentsVector();
   const Transform tool = State(GetParam() + 50).rootPose(), own;
@@ -91,7 +91,7 @@ TEST_P(Identities, TorquesAtRestAreThoseOfInertiaWeightAndWrenches) {
   EXPECT_TRUE(near(torquesAt(0, 0), expected.tail(15), 2 * epsilon * 9.81 * mass));
 }
 
-TEST_P(Identities, WhatVelocitiesAddToTheTorquesGrowsWithTheirSquare) {
+TEST_P(Identities, VelocityTorquesGrowQuadratically) {
   const MatrixXd atRest = torquesAt(0, 0);
   for (const auto& [ofRoot, ofJoints] : {std::pair{1.0F, 0.0F}, {0.0F, 1.0F}, {1.0F, 1.0F}}) {
     SCOPED_TRACE(ofRoot > 0 ? ofJoints > 0 ? "all velocities" : "the root's velocity" : "the joints' velocities");

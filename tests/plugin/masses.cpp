@@ -12,7 +12,7 @@ struct Masses : testing::Test {
   const Eigen::Matrix3f none = Eigen::Matrix3f::Zero();
 };
 
-TEST_F(Masses, AreTheModelsAtFirst) {
+TEST_F(Masses, InitiallyEqualTheModel) {
   EXPECT_TRUE(identical(system->getMass(), 27.824242F));
   EXPECT_TRUE(identical(system->getMass(10), 15.4854F));
   for (Size b = 0; b < nb_bodies; ++b) {
@@ -20,7 +20,7 @@ TEST_F(Masses, AreTheModelsAtFirst) {
   }
 }
 
-TEST_F(Masses, BelongToAllObjects) {
+TEST_F(Masses, AreSharedByAllObjects) {
   const auto other = system->clone();
   const float total = (5.62F - system->getMass(7)) + system->getMass();
   system->setBodyInertia(7, 5.62F, com, none);
@@ -41,7 +41,7 @@ TEST_F(Masses, AreAddedUpAgainForANewObjectButNotForAClone) {
   EXPECT_TRUE(identical(system->getMass(), sum));
 }
 
-TEST_F(Masses, InertiaIsReadFromTheLowerTriangleAndMovedToTheBodysOrigin) {
+TEST_F(Masses, InertiaIsReadFromTheLowerTriangleAndMovedToTheOriginOfTheBody) {
   set(*system, State(20));
   system->setBodyInertia(0, 0, com, none);
   compute(*system);
@@ -55,7 +55,7 @@ TEST_F(Masses, InertiaIsReadFromTheLowerTriangleAndMovedToTheBodysOrigin) {
   EXPECT_TRUE(near(system->getGeneralizedMass() - without, share, 64 * epsilon));
 }
 
-TEST_F(Masses, OfZeroMakeTheCentresOfMassThatIncludeTheBodyNan) {
+TEST_F(Masses, ZeroMassMakesItsCentresOfMassNan) {
   set(*system, State(21));
   compute(*system);
   const Position3D others = system->computePartialComPositionInRoot(7);

@@ -20,7 +20,7 @@ Answers work(Host& system, unsigned seed) {
 }
 
 // This test also runs under the thread sanitizer. The objects are created first, because creation must overlap nothing.
-TEST(Threads, DistinctObjectsAnswerAsOnOneThread) {
+TEST(Threads, SeparateObjectsComputeTheSameBitsInParallel) {
   constexpr unsigned count = 4;
   std::vector<Object> objects;
   for (unsigned i = 0; i < count; ++i) objects.push_back(create());

@@ -19,30 +19,30 @@ struct Conversions : testing::Test {
   OX::Math::Transform H;
 };
 
-TEST_F(Conversions, ToTheHostsTypeTakesPointsAsTheTransform) {
+TEST_F(Conversions, HostPoseMapsPointsLikeTheTransform) {
   lumo::toOXMath(A, H);
   EXPECT_TRUE(near(toMatrix(H) * p.homogeneous(), p_A, 1e-6));
 }
 
-TEST_F(Conversions, FromTheHostsTypeGivesTheTransformBack) {
+TEST_F(Conversions, RoundTripThroughHostTypeReturnsTheTransform) {
   lumo::toOXMath(A, H);
   const SpatialTransform back = lumo::fromOXMath(H);
   EXPECT_TRUE(identical(back.E.matrix(), A.E.matrix()));
   EXPECT_TRUE(near(back.r, A.r, 1e-6));
 }
 
-TEST_F(Conversions, OfAnInverseTakesPointsBack) {
+TEST_F(Conversions, InverseMapsPointsBack) {
   lumo::invToOXMath(A, H);
   EXPECT_TRUE(near(toMatrix(H) * p_A.homogeneous(), p, 1e-6));
 }
 
-TEST_F(Conversions, OfAnInverseProductTakesPointsBackThroughBoth) {
+TEST_F(Conversions, InverseOfProductMapsPointsBack) {
   const Eigen::Vector3f p_AB = A.applyToPoint(B.applyToPoint(p));
   lumo::invProdToOXMath(A, B, H);
   EXPECT_TRUE(near(toMatrix(H) * p_AB.homogeneous(), p, 1e-6));
 }
 
-TEST_F(Conversions, TheThirdRowOfAnInverseProductIsTheCrossProductOfTheOthers) {
+TEST_F(Conversions, ThirdRowOfAnInverseProductIsTheCrossProductOfTheOthers) {
   const RotationMatrix distorted(random.matrix<3, 3>());
   lumo::invProdToOXMath(A, SpatialTransform(distorted, p), H);
   const Eigen::Matrix3f columns = toMatrix(H).leftCols<3>().transpose();

@@ -38,13 +38,13 @@ struct InspectorJson : testing::Test {
   }
 };
 
-TEST_F(InspectorJson, ShowsTheWholeRobotAsTheInterfaceAnswers) {
+TEST_F(InspectorJson, WholeRobotEqualsTheInterface) {
   EXPECT_TRUE(identical(numbers(report["mass"]), system->getMass()));
   EXPECT_TRUE(identical(numbers(report["com"]), system->getComPosition()));
   EXPECT_TRUE(identical(numbers(report["com_in_root"]), system->getComPositionInRoot()));
 }
 
-TEST_F(InspectorJson, ShowsEachBodyAsTheInterfaceAnswers) {
+TEST_F(InspectorJson, BodiesEqualTheInterface) {
   const Table parents = system->getParentsVector();
   for (Size b = 0; b < nb_bodies; ++b) {
     const json& body = report["bodies"][b];
@@ -59,7 +59,7 @@ TEST_F(InspectorJson, ShowsEachBodyAsTheInterfaceAnswers) {
   }
 }
 
-TEST_F(InspectorJson, ShowsEachJointAsTheInterfaceAnswers) {
+TEST_F(InspectorJson, JointsEqualTheInterface) {
   for (Size k = 0; k < nb_joint_angles; ++k) {
     const json& joint = report["joints"][k];
     SCOPED_TRACE(system->getJointAngleName(k));
@@ -72,14 +72,14 @@ TEST_F(InspectorJson, ShowsEachJointAsTheInterfaceAnswers) {
   }
 }
 
-TEST_F(InspectorJson, ShowsTheMassMatrixByRows) {
+TEST_F(InspectorJson, MassMatrixIsWrittenByRows) {
   for (Eigen::Index i = 0; i < 21; ++i) {
     const json& row = report["generalized_mass"][static_cast<Size>(i)];
     EXPECT_TRUE(identical(numbers(row), system->getGeneralizedMass().col(i))) << "row " << i;
   }
 }
 
-TEST(Inspector, StartsFromTheGreetingOnlyWhenNoStateIsGiven) {
+TEST(Inspector, StartsFromTheGreetingPoseOnlyIfNoStateIsGiven) {
   const std::string zero = shown("--pose zero");
   EXPECT_NE(shown(""), zero);
   EXPECT_EQ(shown(""), shown("--pose greeting"));
@@ -89,7 +89,7 @@ TEST(Inspector, StartsFromTheGreetingOnlyWhenNoStateIsGiven) {
   }
 }
 
-TEST(Inspector, DrawsEveryBodyByItsName) {
+TEST(Inspector, PictureContainsTheNameOfEveryBody) {
   const std::string picture = testing::TempDir() + "lumo-inspect-robot.svg";
   shown("--svg " + picture);
   std::ifstream file(picture);
@@ -98,7 +98,7 @@ TEST(Inspector, DrawsEveryBodyByItsName) {
   for (Size b = 0; b < nb_bodies; ++b) EXPECT_NE(drawing.find(system->getBodyName(b)), std::string::npos) << b;
 }
 
-TEST(Inspector, AnswersBadInputWithOneLineAndWritesNothing) {
+TEST(Inspector, ReportsBadInputInOneLineAndWritesNothing) {
   const std::filesystem::path picture = testing::TempDir() + "lumo-inspect-none.svg";
   for (const auto& [input, hint] : std::vector<std::pair<std::string, std::string>>{
            {"--plugin no/such.so", "no/such.so"},
@@ -106,6 +106,7 @@ TEST(Inspector, AnswersBadInputWithOneLineAndWritesNothing) {
            {"--bogus", "--bogus"},
            {"--joint headyow=1", "most similar name is HeadYaw"},
            {"--joint Knee=1", "most similar name is KneePitch"},
+           {"--joint Foo=1", "--list prints all names"},
            {"--joint HeadYaw", "expected NAME=RAD"},
            {"--joint HeadYaw=1.5.2", "not a finite number"},
            {"--joint HeadYaw=nan", "not a finite number"},
@@ -133,7 +134,7 @@ TEST(Inspector, FailsWhenItsOutputCannotBeWritten) {
   EXPECT_FALSE(output(LUMO_INSPECT " 2>/dev/null >/dev/full").second);
 }
 
-TEST(Inspector, LeavesTheOldPictureWhenAWriteFailsHalfWay) {
+TEST(Inspector, KeepsTheOldPictureIfWritingFails) {
   const std::filesystem::path folder = testing::TempDir() + "lumo-inspect", picture = folder / "robot.svg";
   std::filesystem::create_directory(folder);
   std::ofstream(picture) << "old";

@@ -109,7 +109,8 @@ void run(int argc, char** argv) {
   bool check = false;
   app.add_option("--states", states, "Number of states")->capture_default_str()->check(CLI::Range(1U, 0xffffffffU));
   app.add_option("--seed", seed, "Seed of the random states")->capture_default_str()->check(CLI::Range(0xffffffffU));
-  app.add_flag("--check", check, "Fail unless each largest error is between a quarter of the stated one and twice it");
+  app.add_flag("--check", check,
+               "Fail unless each largest error is between a quarter and twice the value in docs/accuracy.md");
   if (!lumo::parse(app, argc, argv)) return;
 
   Report report;
@@ -126,7 +127,8 @@ void run(int argc, char** argv) {
   }
   lumo::write(text);
   if (check && !wrong.empty()) {
-    throw std::runtime_error("the largest error is not between a quarter of the stated one and twice it: " + wrong);
+    throw std::runtime_error("the largest error is not between a quarter and twice the value in docs/accuracy.md: " +
+                             wrong);
   }
 }
 

@@ -65,7 +65,7 @@ auto convertAll(const CLI::Option& option, const std::vector<std::string>& argum
 std::optional<Request> readRequest(int argc, char** argv) {
   Request request;
   CLI::App app{
-      "Loads a plug-in, sets a state of its robot, computes everything once and shows the results: poses,\n"
+      "Loads a plug-in, sets a state of its robot, runs all computations once and shows the results: poses,\n"
       "centres of mass, joint torques, the mass matrix, a picture.",
       "lumo-inspect"};
   app.get_formatter()->column_width(36);
@@ -73,37 +73,39 @@ std::optional<Request> readRequest(int argc, char** argv) {
 
   // An option takes one argument each time it is given. Those for joints and bodies may be given several times.
   const auto repeated = [&app](const char* name, std::vector<std::string>& to, const char* type, const char* what) {
-    return app.add_option(name, to, what)->type_name(type)->allow_extra_args(false)->group("The state");
+    return app.add_option(name, to, what)->type_name(type)->allow_extra_args(false)->group("State");
   };
   std::string pose, format = "text";
   std::vector<std::string> root, positions, velocities, accelerations, wrenches;
-  app.add_option("--pose", pose, "Start from this pose; zero if an option below is given, else greeting")
+  app.add_option("--pose", pose, "Start from this pose; zero if one of the five options below is given, else greeting")
       ->check(CLI::IsMember({"greeting", "zero"}))
       ->type_name("NAME")
-      ->group("The state");
+      ->group("State");
   const auto* rootOption =
       repeated("--root", root, "x,y,z,roll,pitch,yaw", "The root's pose in the world (m, rad)")->expected(1);
   const auto* positionOption =
-      repeated("--joint", positions, "NAME=RAD", "The angle of a joint; may be repeated, like the options below");
+      repeated("--joint", positions, "NAME=RAD",
+               "The angle of a joint; may be given several times, as may the three options below");
   const auto* velocityOption = repeated("--velocity", velocities, "NAME=RAD/S", "The velocity of a joint");
   const auto* accelerationOption =
       repeated("--acceleration", accelerations, "NAME=RAD/S2", "The acceleration of a joint");
   const auto* wrenchOption = repeated("--wrench", wrenches, "BODY=fx,fy,fz,tx,ty,tz",
-                                      "A force and a torque on a body, in its frame, about its origin");
+                                      "A force and a torque on a body, in the frame of the body, about its origin");
 
-  auto* list = app.add_flag("--list", request.list, "List bodies, joints, parents and masses, and show nothing else")
-                   ->group("What is shown");
+  auto* list = app.add_flag("--list", request.list,
+                            "Print only bodies, joints, parents and masses, which do not depend on the state")
+                   ->group("Output");
   app.add_option("--format", format, "The format of the report; text by default")
       ->check(CLI::IsMember({"text", "json"}))
       ->type_name("NAME")
-      ->group("What is shown")
+      ->group("Output")
       ->excludes(list);
   auto* svg = app.add_option("--svg", request.svg, "Also draw the robot, from the front and from its right side")
                   ->type_name("FILE")
-                  ->group("What is shown")
+                  ->group("Output")
                   ->excludes(list);
-  app.add_flag("--axes", request.axes, "Show the axes of the joints in the drawing, not the masses")
-      ->group("What is shown")
+  app.add_flag("--axes", request.axes, "Show the axes of the joints in the picture, instead of the masses")
+      ->group("Output")
       ->needs(svg);
   app.footer(
       "\nExample: the head is turned to the left, and 10 N press the right hand down\n"

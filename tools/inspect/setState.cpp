@@ -37,8 +37,11 @@ std::size_t find(const char* kind, const std::string& name, std::size_t count, N
     if (nameOf(i) == name) return i;
     if (editDistance(name, nameOf(i)) < editDistance(name, nameOf(nearest))) nearest = i;
   }
+  // Without this condition a name that has little in common with any other would still have a most similar name.
+  const bool similar = editDistance(name, nameOf(nearest)) < nameOf(nearest).size();
   throw std::runtime_error(
-      fmt::format("there is no {} named \"{}\"; the most similar name is {}", kind, name, nameOf(nearest)));
+      fmt::format("there is no {} named \"{}\"; {}", kind, name,
+                  similar ? "the most similar name is " + nameOf(nearest) : "the option --list prints all names"));
 }
 
 /// A pose in which the torso leans forward over a bent knee, the left arm is raised and the head is turned to the left.

@@ -31,7 +31,7 @@ TEST(FreeFlyerBodyJoint, TurnsByYawThenPitchThenRoll) {
   EXPECT_TRUE(identical(joint.vj.linear(), dq.head<3>()));
 }
 
-TEST(FreeFlyerBodyJoint, TakesItsProductsInAFixedOrder) {
+TEST(FreeFlyerBodyJoint, MultipliesInAFixedOrder) {
   kinetra::FreeFlyerBodyJoint joint;
   joint.jcalc_pos({0.0F, 0.0F, 0.0F, 1.94F, 1.48F, -2.28F});
   Eigen::Matrix3f expected;  // any other order of a product of three factors changes one of these
@@ -72,7 +72,7 @@ TEST_F(Jcalc, PlacesEachBodyByItsJointAndPlacement) {
   });
 }
 
-TEST_F(Jcalc, BothPassesGiveTheSameTransforms) {
+TEST_F(Jcalc, WithAndWithoutVelocitiesTransformsAreEqual) {
   for (std::size_t i = 0; i < 16; ++i) {
     EXPECT_TRUE(identical(transforms(positionOnly)[i], transforms(full)[i])) << "node " << i;
   }
@@ -89,7 +89,7 @@ TEST_F(Jcalc, OnlyThePassWithVelocitiesWritesVelocities) {
   });
 }
 
-TEST_F(Jcalc, WritesNothingElse) {
+TEST_F(Jcalc, WritesOnlyTransformsAndVelocities) {
   forEachNode(full, [](auto& n) {
     SCOPED_TRACE("node " + std::to_string(n.id));
     EXPECT_TRUE(n.F.array().isNaN().all());
@@ -150,20 +150,20 @@ TEST_P(Kinematics, PosesAgreeWithGeometry) {
   EXPECT_TRUE(identical(poses[16], poseInRoot(3))) << "the entry after the bodies' poses must not change";
 }
 
-TEST_P(Kinematics, TheThirdAxisOfAProductOfRotationsIsTheCrossProductOfTheOthers) {
+TEST_P(Kinematics, ThirdAxisOfAProductOfRotationsIsTheCrossProductOfTheOthers) {
   for (const std::size_t i : {2U, 3U, 4U, 5U, 6U, 7U, 8U, 9U, 11U, 12U, 13U, 14U, 15U}) {
     const auto E = iX1[i].E.matrix();
     EXPECT_TRUE(identical(E.col(2), E.col(0).cross(E.col(1)))) << "body " << i;
   }
 }
 
-TEST_P(Kinematics, JacobianAgreesWithGeometryAndLeavesTheRootsColumnsAlone) {
+TEST_P(Kinematics, JacobianAgreesWithGeometryAndDoesNotChangeTheRootColumns) {
   EXPECT_TRUE(J.leftCols(6).array().isNaN().all());
   J.leftCols(6).setZero();
   EXPECT_TRUE(near(J, expected.jacobianInRoot(), 12));
 }
 
-TEST_P(Kinematics, JacobianIsRoundedInTheOrderThatIsPromised) {
+TEST_P(Kinematics, JacobianIsRoundedInTheDocumentedOrder) {
   for (std::size_t i = 1; i < 16; ++i) {
     const auto E = iX1[i].E.matrix();
     const Eigen::Array3f x = E.row(0), y = E.row(1), z = E.row(2), r = iX1[i].r;
@@ -176,7 +176,7 @@ TEST_P(Kinematics, JacobianIsRoundedInTheOrderThatIsPromised) {
 
 TEST_P(Kinematics, FirstMomentAgreesWithGeometry) { EXPECT_TRUE(near(comSum, expected.firstMomentInRoot(), 4)); }
 
-TEST_P(Kinematics, FirstMomentIsRoundedInTheOrderThatIsPromised) {
+TEST_P(Kinematics, FirstMomentIsRoundedInTheDocumentedOrder) {
   Eigen::Array3f inOrder = norvaX3::inertias[0].h;
   for (std::size_t i = 1; i < 16; ++i) {
     const auto E = iX1[i].E.matrix();
@@ -187,14 +187,14 @@ TEST_P(Kinematics, FirstMomentIsRoundedInTheOrderThatIsPromised) {
   EXPECT_TRUE(identical(comSum, inOrder));
 }
 
-TEST_P(Kinematics, FirstMomentLeavesOutOneBodyButNotItsDescendants) {
+TEST_P(Kinematics, PartialFirstMomentOmitsOneBodyButNotItsDescendants) {
   for (int body = 1; body < 16; ++body) {
     EXPECT_TRUE(near(comSumWithout(body), expected.firstMomentInRoot(body), 4)) << "without body " << body;
   }
   for (const int none : {-1, 0, 16}) EXPECT_TRUE(identical(comSumWithout(none), comSum)) << "without body " << none;
 }
 
-TEST_P(Kinematics, FirstMomentWithoutABodyOfNoMassIsFinite) {
+TEST_P(Kinematics, PartialFirstMomentIsFiniteIfTheOmittedBodyHasNoMass) {
   norvaX3::inertias[5] = kinetra::Spatial::Inertia::zero();
   EXPECT_TRUE(near(comSumWithout(5), expected.firstMomentInRoot(5), 4));
 }
@@ -240,7 +240,7 @@ struct Dynamics : testing::TestWithParam<unsigned> {
 };
 INSTANTIATE_TEST_SUITE_P(Seed, Dynamics, testing::Range(1U, 5U));
 
-TEST_P(Dynamics, MassMatrixWithoutABodyAgreesWithNewtonAndEuler) {
+TEST_P(Dynamics, PartialMassMatrixAgreesWithNewtonAndEuler) {
   for (const int excluded : {0, 7, 9, 12, 16}) {
     EXPECT_TRUE(near(partialCrba(excluded), massMatrix(excluded), 10)) << "without body " << excluded;
   }
@@ -251,13 +251,15 @@ TEST_P(Dynamics, MassMatrixIsSymmetricToTheBit) {
   EXPECT_TRUE(identical(H, H.transpose()));
 }
 
-TEST_P(Dynamics, LeavingNoBodyOutGivesTheSameMassMatrix) { EXPECT_TRUE(identical(crba(), partialCrba(16))); }
+TEST_P(Dynamics, PartialMassMatrixWithoutOmittedBodyEqualsMassMatrix) {
+  EXPECT_TRUE(identical(crba(), partialCrba(16)));
+}
 
-TEST_P(Dynamics, MassMatrixOfALastJointIsItsBodysInertia) {
+TEST_P(Dynamics, MassMatrixOfALeafJointIsTheInertiaOfItsBody) {
   EXPECT_TRUE(identical(crba()(12, 12), norvaX3::inertias[7].I[5]));
 }
 
-TEST_P(Dynamics, MassMatrixPassLeavesTheForcesInTheRootsFrame) {
+TEST_P(Dynamics, MassMatrixPassWritesForcesInTheRootFrame) {
   const Eigen::MatrixXf H = crba();
   forEachNode(robot, [&H](const auto& n) {  // the root's S swaps the halves of a force
     const auto couplings = H.block(0, n.dof_index, 6, n.dof_number);
@@ -268,14 +270,14 @@ TEST_P(Dynamics, MassMatrixPassLeavesTheForcesInTheRootsFrame) {
 
 TEST_P(Dynamics, TorquesAgreeWithNewtonAndEuler) { EXPECT_TRUE(near(rnea(s.ddq), whole.torques(), 4)); }
 
-TEST_P(Dynamics, TorquesOfAccelerationsAreThoseOfTheMassMatrix) {
+TEST_P(Dynamics, TorquesFromAccelerationsEqualMassMatrixTimesAccelerations) {
   const Eigen::MatrixXf H = crba();
   const Vector21 inertial = (H.array() == untouched).select(0.0F, H) * s.ddq;
   const Vector21 added = rnea(s.ddq) - rnea(Vector21::Zero());
   EXPECT_TRUE(near(added, oracle::Estimate{inertial.cast<double>(), whole.torques().magnitude}, 4));
 }
 
-TEST_P(Dynamics, AJointsBiasIsAddedToTheAccelerationOfItsBody) {
+TEST_P(Dynamics, VelocityProductAccelerationOfAJointIsAddedToThatOfItsBody) {
   rnea(Vector21::Zero());
   auto& root = kinetra::node<0>(robot);
   const Vector6f without = root.body.ai, bias = s.dq.tail<6>();  // of an imagined joint

@@ -38,7 +38,7 @@ void expectRight(float angle) {
   EXPECT_TRUE(isRight(-angle, SinCos(-angle)));
 }
 
-TEST(Sines, AreRightForEveryExponent) {
+TEST(Sines, AreTheNearestFloatsForEveryExponent) {
   for (std::uint32_t exponent = 0; exponent < 255; ++exponent) {
     for (std::uint32_t i = 0; i <= 64; ++i) {
       const std::uint32_t fraction =
@@ -48,7 +48,7 @@ TEST(Sines, AreRightForEveryExponent) {
   }
 }
 
-TEST(Sines, AreRightNearTheMiddleOfTwoFloats) {
+TEST(Sines, AreTheNearestFloatsNearTheMiddleOfTwoFloats) {
   const float angles[] = {
       0x1p-12F,        0x1.a8872ap-11F,  0x1.20ffccp-7F,   0x1.9eab2ep-4F,   0x1.e7061ep-2F,  0x1.6f1b7p+5F,
       0x1.8f219cp+5F,  0x1.e35bc6p+7F,   0x1.515766p+12F,  0x1.33333p+13F,   0x1.524856p+80F, 0x1.95f654p+44F,
@@ -58,7 +58,7 @@ TEST(Sines, AreRightNearTheMiddleOfTwoFloats) {
   for (const float angle : angles) expectRight(angle);
 }
 
-TEST(Sines, AreRightAroundMultiplesOfAnEighthTurn) {
+TEST(Sines, AreTheNearestFloatsAroundMultiplesOfAnEighthTurn) {
   const auto expectRightAround = [](float angle) {
     expectRight(std::nextafter(angle, 0.0F));
     expectRight(angle);
@@ -98,7 +98,7 @@ void expectEachAsAlone() {
   }
 }
 
-TEST(Sines, OfManyAnglesAreThoseOfEach) {
+TEST(Sines, OfManyAnglesAtOnceEqualThoseOfSingleAngles) {
   expectEachAsAlone<1>();
   expectEachAsAlone<3>();
   expectEachAsAlone<4>();

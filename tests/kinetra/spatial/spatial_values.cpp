@@ -42,17 +42,17 @@ TransformT<Rotation> make(Random& random) {
   }
 }
 
-TEST(Rotations, StartAsZeroAndNotTheIdentity) {
+TEST(Rotations, AreZeroByDefaultNotTheIdentity) {
   EXPECT_TRUE(identical(RotationMatrix().matrix(), Eigen::Matrix3f::Zero()));
   EXPECT_TRUE(identical(RotationMatrixAboutZ().c(), 0.0F));
   EXPECT_TRUE(identical(RotationMatrixAboutZ().s(), 0.0F));
 }
 
-TEST(Rotations, CosineIsThatOfTheFloatAndNotOfARightAngle) {
+TEST(Rotations, CosineOfTheFloatNearestToARightAngleIsNotZero) {
   EXPECT_TRUE(identical(RotationMatrixAboutZ(1.57079637F).c(), -4.371139e-8F));
 }
 
-TEST(Rotations, ARotationAboutZCopiesTheThirdRow) {
+TEST(Rotations, ProductWithARotationAboutZKeepsTheThirdRow) {
   Eigen::Matrix3f B = Random(1).matrix<3, 3>();
   B(2, 1) = -0.0F;
   EXPECT_TRUE(identical((RotationMatrixAboutZ(2.0F) * RotationMatrix(B)).matrix().row(2), B.row(2)));
@@ -65,7 +65,7 @@ TEST(Rotations, TheThirdColumnOfAProductIsTheCrossProductOfTheOthers) {
   EXPECT_TRUE(identical(AB.col(2), AB.col(0).cross(AB.col(1))));
 }
 
-TEST(Rotations, AnIdentityScalesTheRotationLeftOfItAndNothingElse) {
+TEST(Rotations, ProductWithAnIdentityIsScaledByTheFactorOfTheIdentity) {
   const RotationMatrixIdentity third(1.0F / 3.0F);
   const Eigen::Matrix3f B = Random(1).matrix<3, 3>();
   EXPECT_TRUE(identical((RotationMatrix(B) * third).matrix(), B * third.k()));
@@ -76,7 +76,7 @@ TEST(Rotations, AnIdentityScalesTheRotationLeftOfItAndNothingElse) {
   EXPECT_TRUE(identical(X.r, Eigen::Vector3f(5.0F, 7.0F, 9.0F)));
 }
 
-TEST(MotionAndForce, HoldTheAngularPartFirst) {
+TEST(MotionAndForce, StoreTheAngularPartFirst) {
   const Vector6f a = Random(1).matrix<6>();
   EXPECT_TRUE(identical(Motion(a).angular(), a.head<3>()));
   EXPECT_TRUE(identical(Force(a).couple(), a.head<3>()));
@@ -94,7 +94,7 @@ TEST(MotionAndForce, AddEntryByEntry) {
   EXPECT_TRUE(identical(Vector6f(Force(a) - Force(b)), a - b));
 }
 
-TEST(MotionAndForce, CrossAsTheirMatrices) {
+TEST(MotionAndForce, CrossProductEqualsThatOfTheMatrices) {
   Random random(1);
   const Vector6f a = random.matrix<6>(), b = random.matrix<6>();
   const Eigen::Matrix3d w = skew(a.head<3>()), v = skew(a.tail<3>());
@@ -108,7 +108,7 @@ struct Transforms : testing::Test {};
 using Kinds = testing::Types<RotationMatrix, RotationMatrixAboutZ, RotationMatrixIdentity>;
 TYPED_TEST_SUITE(Transforms, Kinds);
 
-TYPED_TEST(Transforms, ActOnMotionsAndForcesAsTheirMatrices) {
+TYPED_TEST(Transforms, TransformMotionsAndForcesLikeTheir6x6Matrices) {
   Random random(2);
   const auto X = make<TypeParam>(random);
   const Matrix6d M = onMotions(X), F = M.inverse().transpose();  // power is the same in every frame
@@ -120,7 +120,7 @@ TYPED_TEST(Transforms, ActOnMotionsAndForcesAsTheirMatrices) {
   EXPECT_TRUE(near(Vector6f(X.applyInv(Force(x))), F.inverse() * x_d, tolerance));
 }
 
-TYPED_TEST(Transforms, MoveColumnsOfForcesAlsoInPlace) {
+TYPED_TEST(Transforms, TransformForceColumnsInPlaceToo) {
   Random random(2);
   const auto X = make<TypeParam>(random);
   Eigen::Matrix<float, 6, 2> columns = random.matrix<6, 2>();
@@ -130,14 +130,14 @@ TYPED_TEST(Transforms, MoveColumnsOfForcesAlsoInPlace) {
   EXPECT_TRUE(near(columns, expected, tolerance));
 }
 
-TYPED_TEST(Transforms, MoveInertiasAsTheirMatrices) {
+TYPED_TEST(Transforms, TransformInertiasLikeTheir6x6Matrices) {
   Random random(2);
   const auto X = make<TypeParam>(random);
   const Inertia body = random.inertia();
   EXPECT_TRUE(near(matrix(X.applyInv(body)), onMotions(X).transpose() * matrix(body) * onMotions(X), 4 * tolerance));
 }
 
-TYPED_TEST(Transforms, MovePointsThereAndBack) {
+TYPED_TEST(Transforms, InverseMovesPointsBack) {
   Random random(2);
   const auto X = make<TypeParam>(random);
   const Eigen::Vector3f p = random.matrix<3>(), p_new = X.E.matrix() * (p - X.r);
@@ -156,7 +156,7 @@ TEST(TransformProducts, ApplyTheRightFactorFirst) {
   EXPECT_TRUE(near(onMotions(G1 * S0), onMotions(G1) * onMotions(S0), tolerance));
 }
 
-TEST(Inertias, ActAsTheirMatrixAndAdd) {
+TEST(Inertias, MultiplyAndAddLikeTheirMatrices) {
   Random random(5);
   const Inertia a = random.inertia(), b = random.inertia();
   const Vector6f v = random.matrix<6>();
@@ -165,11 +165,11 @@ TEST(Inertias, ActAsTheirMatrixAndAdd) {
 }
 
 template <typename Subspace>
-struct Subspaces : testing::Test {};
+struct MotionSubspaces : testing::Test {};
 using SubspaceKinds = testing::Types<ConstraintMotionFreeFlyerBody, ConstraintMotionAboutZ>;
-TYPED_TEST_SUITE(Subspaces, SubspaceKinds);
+TYPED_TEST_SUITE(MotionSubspaces, SubspaceKinds);
 
-TYPED_TEST(Subspaces, SelectEntriesWithoutRounding) {
+TYPED_TEST(MotionSubspaces, SelectEntriesWithoutRounding) {
   Random random(5);
   const TypeParam S;
   const Matrix6d unit = Matrix6d::Identity();
@@ -191,7 +191,7 @@ Eigen::VectorXf product(const Eigen::MatrixXf& A, const Eigen::VectorXf& x) {
   return sum.array().isNaN().select(7.0F, sum);
 }
 
-TYPED_TEST(Subspaces, GiveTheBitsOfTheFullProduct) {
+TYPED_TEST(MotionSubspaces, EqualTheFullProductBitForBit) {
   constexpr int n = TypeParam::dof_number;
   const TypeParam S;
   const auto number = [](const auto& x) { return x.array().isNaN().select(7.0F, x).eval(); };

@@ -13,7 +13,7 @@ namespace {
 using namespace lumo::test;
 using kinetra::norvaX3;
 
-TEST(Model, RecordStartsWithItsDefaults) {
+TEST(Model, NewRecordHasItsDefaultValues) {
   alignas(norvaX3) static unsigned char memory[sizeof(norvaX3)];
   void* (*volatile fill)(void*, int, std::size_t) = std::memset;  // members not set must not be zero
   fill(memory, 0xff, sizeof memory);
@@ -45,7 +45,7 @@ TEST(Model, JointsBodiesAndNodesHaveTheSameNames) {
   EXPECT_EQ(norvaX3::Node10::joint_name, "KneePitch");
 }
 
-TEST(Model, TheElbowsPlacementIsNotMadeOrthonormal) { EXPECT_TRUE(identical(norvaX3::Node5::Xt.E(1, 2), 0.987688F)); }
+TEST(Model, PlacementOfTheElbowIsUsedAsStored) { EXPECT_TRUE(identical(norvaX3::Node5::Xt.E(1, 2), 0.987688F)); }
 
 TEST(Model, AtZeroAnglesTheArmsAreMirrorImages) {
   const oracle::WholeRobot robot{Scenario::Vector21::Zero()};

@@ -14,21 +14,21 @@ bool areAsStated(const Vector2f& result) {
   return errors.isAsStated();
 }
 
-TEST(AccuracyCheck, TakesErrorsBetweenAQuarterAndTwiceTheOneStated) {
+TEST(AccuracyCheck, AcceptsErrorsBetweenAQuarterAndTwiceTheStatedValue) {
   EXPECT_TRUE(areAsStated({1.0F, 0x1p-23F}));
   EXPECT_TRUE(areAsStated({1.0F, -0x1p-25F}));
   EXPECT_FALSE(areAsStated({1.0F, 0x1p-26F}));
   EXPECT_FALSE(areAsStated({1.0F, 0x1p-21F}));
 }
 
-TEST(AccuracyCheck, FailsForWhatIsNotANumberWhateverFollows) {
+TEST(AccuracyCheck, FailsForNanInAnyEntry) {
   EXPECT_FALSE(areAsStated({std::nanf(""), 0x1p-23F}));
   EXPECT_FALSE(areAsStated({1.0F, std::nanf("")}));
 }
 
-TEST(AccuracyCheck, FailsForAKindThatIsNeverCompared) { EXPECT_FALSE(oracle::Errors("a kind", 1.0).isAsStated()); }
+TEST(AccuracyCheck, FailsIfNothingWasCompared) { EXPECT_FALSE(oracle::Errors("a kind", 1.0).isAsStated()); }
 
-TEST(AccuracyCheck, FailsForAnEntryThatMustBeZeroAndIsNot) {
+TEST(AccuracyCheck, FailsIfAZeroEntryIsNotZero) {
   oracle::Errors errors("a kind", 1.0);
   errors.add(Vector2f(0x1p-23F, 1e-20F), {Eigen::Vector2d::Zero(), Eigen::Vector2d(1.0, 0.0)});
   EXPECT_FALSE(errors.isAsStated());
