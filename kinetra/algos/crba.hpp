@@ -14,38 +14,61 @@
 //   discover: 1. Iic_i = I_i
 //   finish:   2. F_i = Iic_i S_i
 //             3. H_ii = S_i'F_i
-//             4. Iic_p += pX*_i Iic_i iX_p                                in the code sXp.applyInv(Iic)
-//             5. F_d = pX*_i F_d, H_pd = S_p'F_d, H_dp = H_pd'            for d = i and for each descendant d of i
-// The table takes one node's force all the way to the root before it takes the next one. Here the forces of a whole
-// subtree take each step together. The results are the same to the bit, and each transform is loaded and transposed
-// once. In the end every F is in the root's frame.
+//             4. Iic_p += pX*_i Iic_i iX_p                      in the code sXp.applyInv(Iic)
+//             5. F_k = pX*_i F_k, H_pk = S_p'F_k, H_kp = H_pk'  for i and each descendant k of i
+// The table takes the force of one node all the way to the root before it takes the next one. Here the forces of a
+// whole subtree take each step together, because a transform is then loaded once for all of them. The results are the
+// same to the bit. In the end every F is in the root's frame.
 
 namespace kinetra {
 
 namespace internal {
 
-/// One past the last coordinate of node i and its descendants. Their coordinates follow one another.
-template <typename Robot>
-constexpr int endOfSubtree(int i) {
-  for (int k = i + 1; k < Robot::nb_bodies; ++k) {
-    if (Robot::parents[k] < i) return Robot::dof_indexes[k];
+/// H of any size and outer stride, stored by columns: the code of the pass exists once for all of them.
+using MassMatrix = Eigen::Ref<Eigen::MatrixXf>;
+
+/// One past the last coordinate of node i and its descendants, whose coordinates follow one another.
+template <typename Robot, int i, int next = i + 1>
+constexpr int endOfSubtree() {
+  if constexpr (next == Robot::nb_bodies) {
+    return Robot::nb_dof;
+  } else if constexpr (Robot::parents[next] < i) {
+    return Robot::dof_indexes[next];
+  } else {
+    return endOfSubtree<Robot, i, next + 1>();
   }
-  return Robot::nb_dof;
 }
 
-/// Steps 4 and 5 from node n to its parent p, whose coordinates begin at row. F has a force for each coordinate; those
-/// of n and its descendants are the coordinates from begin up to end. All nodes of the same types share this function.
-template <typename Joint, typename Rotation, typename ParentJoint, typename ParentRotation, typename Derived>
-[[gnu::noinline]] void moveToParent(const NodeState<Joint, Rotation>& n, NodeState<ParentJoint, ParentRotation>& p,
-                                    Eigen::MatrixBase<Derived>& H, simd::Force* F, int row, int begin, int end) {
+/// Steps 4 and 5 from node n to its parent p, whose coordinates begin at `row`. F has a force for each coordinate;
+/// those of n and its descendants are from `begin` up to `end`. All nodes of the same types share this function.
+template <typename Joint, typename Rotation, typename ParentJoint, typename ParentRotation>
+[[gnu::noinline]] void carryToParent(const NodeState<Joint, Rotation>& n, NodeState<ParentJoint, ParentRotation>& p,
+                                     MassMatrix& H, simd::Force* F, int row, int begin, int end) {
   const auto X = load(n.sXp);
-  const auto S = load(p.joint.S);
+  const auto S_p = load(p.joint.S);
   store(load(p.body.Iic) + X.applyInv(load(n.body.Iic)), p.body.Iic);
-  for (int d = begin; d < end; ++d) {
-    F[d] = X.applyInv(F[d]);
-    S.transposeTimes(F[d], &H(row, d));
-    for (int r = row; r < row + ParentJoint::dof_number; ++r) H(d, r) = H(r, d);
+  for (int k = begin; k < end; ++k) {
+    F[k] = X.applyInv(F[k]);
+    S_p.transposeTimes(F[k], &H(row, k));
+    for (int column = row; column < row + ParentJoint::dof_number; ++column) H(k, column) = H(column, k);
   }
+}
+
+/// Stores the force of each coordinate in its node.
+template <typename Robot, int... i>
+void storeForces(const simd::Force* F, Robot& robot, std::integer_sequence<int, i...>) {
+  const auto storeForcesOf = [F](auto& n) {
+    for (int k = 0; k < n.dof_number; ++k) F[n.dof_index + k].store(&n.F(0, k));
+  };
+  (storeForcesOf(node<i>(robot)), ...);
+}
+
+/// crba or partial_crba, by their visitors. args: what the hooks take after H and F.
+template <template <typename, int> class Visitor, typename Robot, typename... Args>
+void runCrba(Robot& robot, MassMatrix H, const Args&... args) {
+  std::array<simd::Force, Robot::nb_dof> F;  // whole registers, which are faster to read again than six floats
+  depth_first_traversal<Visitor, Robot>::run(robot, H, F.data(), args...);
+  storeForces(F.data(), robot, std::make_integer_sequence<int, Robot::nb_bodies>{});
 }
 
 }  // namespace internal
@@ -60,33 +83,32 @@ struct crba<Robot, false> {
   struct DftVisitor {
     using Node = node_t<Robot_, i>;
 
-    template <typename Derived>
-    static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&, simd::Force*) {
+    static void discover(Robot_& robot, internal::MassMatrix&, simd::Force*) {
       store(load(Robot_::inertias[i]), node<i>(robot).body.Iic);
     }
 
     /// partial_crba also hands its excluded body to both hooks; finish has no use for it.
-    template <typename Derived, typename... Unused>
-    static void finish(Robot_& robot, Eigen::MatrixBase<Derived>& H, simd::Force* F, const Unused&...) {
+    template <typename... Unused>
+    static void finish(Robot_& robot, internal::MassMatrix& H, simd::Force* F, const Unused&...) {
       const simd::Inertia Iic = load(node<i>(robot).body.Iic);
       const auto S = load(node<i>(robot).joint.S);
-      for (int k = 0; k < Node::dof_number; ++k) {
-        const int d = Node::dof_index + k;
-        F[d] = S.momentum(Iic, k);
-        S.transposeTimes(F[d], &H(Node::dof_index, d));
+      for (int column = 0; column < Node::dof_number; ++column) {
+        const int k = Node::dof_index + column;
+        F[k] = S.momentum(Iic, column);
+        S.transposeTimes(F[k], &H(Node::dof_index, k));
       }
       if constexpr (Node::parent_id >= 0) {
         BwdtVisitor<Robot_, Node::parent_id, i>::discover(robot, H, F);
       }
     }
 
-    /// The step from node j to its parent a.
+    /// The step from node j to its parent a, for j and all its descendants.
     template <typename R, int a, int j>
     struct BwdtVisitor {
-      template <typename Derived>
-      static void discover(R& robot, Eigen::MatrixBase<Derived>& H, simd::Force* F) {
-        internal::moveToParent(node<j>(robot), node<a>(robot), H, F, node_t<R, a>::dof_index, node_t<R, j>::dof_index,
-                               internal::endOfSubtree<R>(j));
+      static void discover(R& robot, internal::MassMatrix& H, simd::Force* F) {
+        constexpr int end = internal::endOfSubtree<R, j>();
+        internal::carryToParent(node<j>(robot), node<a>(robot), H, F, node_t<R, a>::dof_index, node_t<R, j>::dof_index,
+                                end);
       }
     };
   };
@@ -95,27 +117,7 @@ struct crba<Robot, false> {
   /// linear, then angular (kg, kg m, kg m^2).
   template <typename Derived>
   static void run(Robot& robot, Eigen::MatrixBase<Derived>& H) {
-    run<DftVisitor>(robot, H);
-  }
-
- protected:
-  /// args: what the hooks take after H and F.
-  template <template <typename, int> class Visitor, typename Derived, typename... Args>
-  static void run(Robot& robot, Eigen::MatrixBase<Derived>& H, const Args&... args) {
-    static_assert(!Derived::IsRowMajor && Derived::InnerStrideAtCompileTime == 1, "H must be stored by columns");
-    Eigen::Ref<Eigen::MatrixXf> anyH(H.derived());  // so that the code exists once for matrices of all types
-    std::array<simd::Force, Robot::nb_dof> F;       // whole registers, which are faster to read again than six floats
-    internal::depth_first_traversal<Visitor, Robot>::run(robot, anyH, F.data(), args...);
-    storeForces(F.data(), robot, std::make_integer_sequence<int, Robot::nb_bodies>{});
-  }
-
- private:
-  template <int... i>
-  static void storeForces(const simd::Force* F, Robot& robot, std::integer_sequence<int, i...>) {
-    const auto storeNext = [&F](auto& F_i) {
-      for (int k = 0; k < F_i.cols(); ++k) (F++)->store(&F_i(0, k));
-    };
-    (storeNext(node<i>(robot).F), ...);
+    internal::runCrba<DftVisitor>(robot, H.derived());
   }
 };
 

@@ -7,11 +7,10 @@ namespace kinetra {
 /// The generalized mass matrix of the robot without one body: crba with that body's inertia taken as zero, so that its
 /// descendants still count.
 template <typename Robot>
-struct partial_crba : private crba<Robot, false> {
+struct partial_crba {
   template <typename Robot_, int i>
   struct DftVisitor : crba<Robot, false>::template DftVisitor<Robot_, i> {
-    template <typename Derived>
-    static void discover(Robot_& robot, Eigen::MatrixBase<Derived>&, simd::Force*, int excludedBody) {
+    static void discover(Robot_& robot, internal::MassMatrix&, simd::Force*, int excludedBody) {
       store(excludedBody == i ? simd::Inertia::zero() : load(Robot_::inertias[i]), node<i>(robot).body.Iic);
     }
   };
@@ -19,7 +18,7 @@ struct partial_crba : private crba<Robot, false> {
   /// H: as crba fills it. An excludedBody that is not a body excludes nothing.
   template <typename Derived>
   static void run(Robot& robot, Eigen::MatrixBase<Derived>& H, const int& excludedBody) {
-    crba<Robot, false>::template run<DftVisitor>(robot, H, excludedBody);
+    internal::runCrba<DftVisitor>(robot, H.derived(), excludedBody);
   }
 };
 

@@ -20,8 +20,8 @@ namespace kinetra {
 
 namespace internal {
 
-/// v_i and a_i. parent is null for the root, whose parent is the world; that is decided at run time so that this
-/// function can be shared.
+/// Steps 1 and 2: v_i and a_i. parent is null for the root, whose parent is the world; that is decided at run time so
+/// that this function can be shared.
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] std::pair<simd::Motion, simd::Motion> moveWithParent(
     NodeState<Joint, Rotation>& n, const Body* parent, const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
@@ -37,14 +37,14 @@ template <typename Joint, typename Rotation>
   return {vi, ai};
 }
 
-/// f_i. All nodes share this function, because the code of a pass must fit the processor's instruction cache.
+/// Step 3: f_i. All nodes share this function, because the code of a pass must fit the processor's instruction cache.
 [[gnu::noinline]] inline void setForce(const simd::Motion& vi, const simd::Motion& ai, const Inertia& inertia,
                                        const Force& fext, Force& f) {
   const simd::Inertia I = load(inertia);
   store(I * ai + crf(vi, I * vi) - load(fext), f);
 }
 
-/// f_p += pX*_i f_i
+/// Step 5: f_p += pX*_i f_i
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] void addForceToParent(const NodeState<Joint, Rotation>& n, Force& f_parent) {
   store(loadJustStored(f_parent) + load(n.sXp).applyInv(loadJustStored(n.joint.f)), f_parent);

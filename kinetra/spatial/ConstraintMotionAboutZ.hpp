@@ -12,9 +12,7 @@ struct ConstraintMotionAboutZ {
   Vector3 angular;
   Vector3 linear;
 
-  static ConstraintMotionAboutZ load(const float* p) {
-    return {Vector3(load4(p)), Vector3(shuffle<1, 2, 3, 0>(load4(p + 2)))};
-  }
+  static ConstraintMotionAboutZ load(const float* p) { return {Vector3(load4(p)), Vector3::loadLast(p + 3)}; }
 
   /// S a: the joint's motion for one rate or acceleration a (rad/s, rad/s^2).
   Motion operator*(const Eigen::Matrix<float, 1, 1>& a) const { return {angular * a[0], linear * a[0]}; }

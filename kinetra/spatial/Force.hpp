@@ -12,8 +12,7 @@ struct Force {
   Vector3 couple;
   Vector3 force;
 
-  /// Reads four floats at a time, the last three from one float earlier.
-  static Force load(const float* p) { return {Vector3(load4(p)), Vector3(shuffle<1, 2, 3, 0>(load4(p + 2)))}; }
+  static Force load(const float* p) { return {Vector3(load4(p)), Vector3::loadLast(p + 3)}; }
   static Force loadJustStored(const float* p) { return {Vector3::load(p), Vector3::load(p + 3)}; }
   void store(float* p) const { store6(couple, force, p); }
 };

@@ -12,8 +12,7 @@ struct Motion {
   Vector3 angular;
   Vector3 linear;
 
-  /// Reads four floats at a time, the last three from one float earlier.
-  static Motion load(const float* p) { return {Vector3(load4(p)), Vector3(shuffle<1, 2, 3, 0>(load4(p + 2)))}; }
+  static Motion load(const float* p) { return {Vector3(load4(p)), Vector3::loadLast(p + 3)}; }
   static Motion loadJustStored(const float* p) { return {Vector3::load(p), Vector3::load(p + 3)}; }
   void store(float* p) const { store6(angular, linear, p); }
 };

@@ -14,9 +14,8 @@ struct RotationMatrix {
   Vector3 column1;
   Vector3 column2;
 
-  /// Reads four floats at a time, the last column from one float earlier: . x y z -> x y z .
   static RotationMatrix load(const float* p) {
-    return {Vector3(load4(p)), Vector3(load4(p + 3)), Vector3(shuffle<1, 2, 3, 0>(load4(p + 5)))};
+    return {Vector3(load4(p)), Vector3(load4(p + 3)), Vector3::loadLast(p + 6)};
   }
   static RotationMatrix loadJustStored(const float* p) {
     return {Vector3::load(p), Vector3::load(p + 3), Vector3::load(p + 6)};

@@ -93,10 +93,25 @@ constexpr bool treeIsConsistent(std::integer_sequence<int, i...>) {
           ...);
 }
 
+/// Whether each subtree has consecutive numbers, and its coordinates are consecutive in the same order.
+template <typename Robot>
+constexpr bool subtreesAreConsecutive() {
+  int dof_index = 0;
+  for (std::size_t i = 0; i < Robot::parents.size(); ++i) {
+    int parent = static_cast<int>(i) - 1;  // it must be the node before i, or an ancestor of that node
+    while (parent > Robot::parents[i]) parent = Robot::parents[static_cast<std::size_t>(parent)];
+    if (parent != Robot::parents[i] || Robot::dof_indexes[i] != dof_index) return false;
+    dof_index += Robot::dof_numbers[i];
+  }
+  return dof_index == Robot::nb_dof;
+}
+
 }  // namespace internal
 
 static_assert(internal::treeIsConsistent<norvaX3>(std::make_integer_sequence<int, norvaX3::nb_bodies>{}),
               "the tables parents, dof_numbers and dof_indexes and the children must agree with the nodes");
+static_assert(internal::subtreesAreConsecutive<norvaX3>(),
+              "the nodes and the coordinates of a subtree must follow one another");
 static_assert(sizeof(norvaX3::Node0) == 608 && sizeof(norvaX3::Node1) == 296 && sizeof(norvaX3::Node2) == 324,
               "a node holds sXp, F, joint and body and nothing else");
 

@@ -228,9 +228,12 @@ struct Dynamics : testing::TestWithParam<unsigned> {
   }
   Eigen::MatrixXf crba() {
     Eigen::MatrixXf large = Eigen::MatrixXf::Constant(30, 25, untouched);
-    auto H = large.block(2, 3, 21, 21);
+    auto H = large.block(2, 3, 26, 22);
     kinetra::crba<norvaX3, false>::run(robot, H);
-    return H;
+    const Eigen::MatrixXf result = H.topLeftCorner(21, 21);
+    H.topLeftCorner(21, 21).setConstant(untouched);
+    EXPECT_TRUE((large.array() == untouched).all()) << "the pass writes outside of the first 21 rows and columns";
+    return result;
   }
   Vector21 rnea(const Vector21& ddq) {
     Vector21 torques = Vector21::Constant(nan_f);
@@ -258,6 +261,25 @@ TEST_P(Dynamics, PartialMassMatrixWithoutOmittedBodyEqualsMassMatrix) {
 TEST_P(Dynamics, MassMatrixOfALeafJointIsTheInertiaOfItsBody) {
   EXPECT_TRUE(identical(crba()(12, 12), norvaX3::inertias[7].I[5]));
 }
+
+TEST_P(Dynamics, MassMatrixPassWritesCompositeInertias) {
+  crba();
+  EXPECT_TRUE(identical(kinetra::node<7>(robot).body.Iic.I, norvaX3::inertias[7].I));
+  EXPECT_FLOAT_EQ(kinetra::node<5>(robot).body.Iic.m,
+                  norvaX3::inertias[5].m + norvaX3::inertias[6].m + norvaX3::inertias[7].m);
+}
+
+/// A tree whose branches have branches: 0 (1 (2, 3), 4).
+struct Branching {
+  static constexpr int nb_bodies = 5;
+  static constexpr int nb_dof = 10;
+  static constexpr std::array<int, 5> parents = {-1, 0, 1, 1, 0};
+  static constexpr std::array<int, 5> dof_indexes = {0, 6, 7, 8, 9};
+};
+static_assert(kinetra::internal::endOfSubtree<Branching, 0>() == 10);
+static_assert(kinetra::internal::endOfSubtree<Branching, 1>() == 9);
+static_assert(kinetra::internal::endOfSubtree<Branching, 2>() == 8);
+static_assert(kinetra::internal::endOfSubtree<Branching, 4>() == 10);
 
 TEST_P(Dynamics, MassMatrixPassWritesForcesInTheRootFrame) {
   const Eigen::MatrixXf H = crba();
