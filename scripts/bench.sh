@@ -16,12 +16,12 @@ case "$#:${1:-}" in
   1:--instructions) mode=instructions ;;
   2:--against)
     mode=against
-    commit=$(git rev-parse --verify --quiet "$2^{commit}") || refuse "bench.sh: this repository has no commit $2"
+    commit=$(git rev-parse --verify --quiet "$2^{commit}") || refuse "bench.sh: git finds no commit $2 in this repository"
     ;;
   *) refuse "usage: scripts/bench.sh [--against COMMIT | --instructions]" ;;
 esac
 
-packages=(libbenchmark-dev python3 util-linux)
+packages=(libbenchmark-dev python3 util-linux git)
 [[ $mode != instructions ]] || packages+=(valgrind)
 install_missing "${packages[@]}"
 if [[ $mode != against ]]; then
@@ -30,12 +30,12 @@ if [[ $mode != against ]]; then
   done
 fi
 build bench
-plugin=$PWD/build/bench/lib/lumo/norvaX3.so
+plugin=$(realpath build/bench/lib/lumo/norvaX3.so)
 compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' build/bench/CMakeCache.txt)
 
 make_scratch
 
-# Runs one program. Its output is of interest only if it fails.
+# Runs one program. Its output goes to $scratch/names. Its messages are shown only if it fails.
 run() {
   step="running $(basename "$1")"
   "$@" >"$scratch/names" 2>"$scratch/log" || { cat "$scratch/log" >&2; return 1; }
@@ -69,7 +69,7 @@ case $mode in
     step="building the plug-in of $2"
     mkdir -p "$folder/source"
     git archive "$commit" | tar --extract --directory="$folder/source"
-    cmake -S "$folder/source" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER="$compiler" \
+    cmake --fresh -S "$folder/source" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER="$compiler" \
       -DBUILD_TESTING=OFF
     cmake --build "$folder" --target lumo_norvaX3
     declare -A plugins=([before]=$folder/lib/lumo/norvaX3.so [now]=$plugin)

@@ -7,6 +7,7 @@ bench_table.py instructions FOLDER PLUGIN    instructions in place of times, the
 """
 
 import json
+import math
 import pathlib
 import re
 import sys
@@ -23,13 +24,16 @@ def read_times(folder, program):
     """For each row of a program the shortest time of every round in nanoseconds, and what the program says of itself."""
     rows, context = {}, {}
     files = sorted(folder.glob(f"{program}.*.json"), key=lambda file: int(file.name.split(".")[-2]))
-    for number, file in enumerate(files):
+    for file in files:
         result = json.loads(file.read_text())
         context.update(result["context"])
+        shortest = {}
         for run in sorted(result["benchmarks"], key=lambda run: run["family_index"]):
             if run["run_type"] == "iteration":
-                rounds = rows.setdefault(run["run_name"], [])
-                rounds[number:] = [min(rounds[number:] + [run["cpu_time"]])]
+                name = run["run_name"]
+                shortest[name] = min(run["cpu_time"], shortest.get(name, math.inf))
+        for name, time in shortest.items():
+            rows.setdefault(name, []).append(time)
     return rows, context
 
 
@@ -82,7 +86,7 @@ def times(folder, picture):
         print(f"{peer}: {context.get(peer, 'left out')}")
     spread = {name: max(halves(rounds)) / min(rounds) - 1 for name, rounds in rows.items()}
     print_repeatability(spread, "The times")
-    pathlib.Path(picture).write_text(bench_picture.draw(values, PEERS))
+    pathlib.Path(picture).write_text(bench_picture.draw(values, [peer for peer in PEERS if peer in context]))
     print(f"{picture} shows the same as a picture.")
 
 
@@ -106,9 +110,8 @@ def instructions(folder, plugin):
     values, kinds = {}, {}
     for names in sorted(folder.glob("*.names")):
         base = names.with_suffix("")
-        for name, file, (_, counts) in zip(names.read_text().splitlines(), callgrind.dump_files(base),
-                                           callgrind.read_dumps(base)):
-            values[name] = sum(counts.values()) / STATES
+        for name, file in zip(names.read_text().splitlines(), callgrind.dump_files(base)):
+            values[name] = sum(count for _, _, count in callgrind.read_entries(file)) / STATES
             if re.match("compute|controlCycle", name):
                 kinds[name] = instruction_kinds.read_kinds(plugin, file)
     print_beside_peers(values, "instructions")

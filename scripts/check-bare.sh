@@ -19,7 +19,7 @@ sources >"$scratch/sources.list" || { apt-get update -qq && sources >"$scratch/s
 apt-config dump Acquire >"$scratch/apt.conf" # how this machine reaches them
 
 step="making a minimal Debian"
-# What it mounts ends with it in any case.
+# In a mount namespace, so that its mounts end with it even if it is interrupted.
 unshare --mount mmdebstrap --quiet --variant=minbase --aptopt="$scratch/apt.conf" bookworm "$root" "$scratch/sources.list"
 mkdir "$root/root/lumo"
 git ls-files --cached --others --exclude-standard -z | tar --null --files-from=- --create | tar --extract -C "$root/root/lumo"

@@ -1,8 +1,10 @@
 """Tells the kinds of instructions apart that callgrind counted in a plug-in for x86-64."""
 
 import collections
+import functools
 import re
 import subprocess
+import sys
 
 import callgrind
 
@@ -11,11 +13,14 @@ KINDS = ["multiply", "add", "shuffle", "other vector", "load", "store", "move", 
 
 def kind(instruction):
     """The kind of one instruction as objdump prints it. Everything without a vector register is scalar: addresses,
-    counters, calls and jumps, and floats copied through other registers."""
+    counters, calls and jumps, and floats copied through other registers. A division counts as a multiplication, and a
+    subtraction as an addition. An operation that reads an operand from memory is not a load as well."""
     name, _, operands = re.sub(r"[#<].*", "", instruction).strip().partition(" ")
     operands = operands.strip()
     if "%xmm" not in operands:
         return "scalar"
+    if name in ("pxor", "xorps") and len(set(operands.split(","))) == 1:  # sets a register to zero
+        return "move"
     if re.match(r"(mul|div)[ps][sd]", name):
         return "multiply"
     if re.match(r"(add|sub)[ps][sd]", name):
@@ -31,13 +36,19 @@ def kind(instruction):
     return "other vector"
 
 
+@functools.cache
+def kinds_by_address(plugin):
+    lines = subprocess.run(["objdump", "-d", "--no-show-raw-insn", plugin], capture_output=True, text=True, check=True)
+    return {int(address, 16): kind(instruction)
+            for address, instruction in re.findall(r"^ +([0-9a-f]+):\t(.*)", lines.stdout, re.MULTILINE)}
+
+
 def read_kinds(plugin, file):
     """How many instructions of each kind the plug-in executed, by one file of callgrind."""
-    lines = subprocess.run(["objdump", "-d", "--no-show-raw-insn", plugin], capture_output=True, text=True, check=True)
-    kinds = {int(address, 16): kind(instruction)
-             for address, instruction in re.findall(r"^ +([0-9a-f]+):\t(.*)", lines.stdout, re.MULTILINE)}
     counts = collections.Counter()
     for binary, address, count in callgrind.read_entries(file):
         if binary == plugin:
-            counts[kinds[address]] += count
+            counts[kinds_by_address(plugin)[address]] += count
+    if not counts:
+        sys.exit(f"callgrind counted no instruction in {plugin}")
     return counts

@@ -5,8 +5,9 @@ step="starting"
 scratch=""
 finish() {
   local code=$?
-  [[ -z $scratch ]] || rm -rf --one-file-system "$scratch"
+  [[ -z $scratch ]] || rm -rf --one-file-system "$scratch" || code=1 # not what is still mounted there
   (( code == 0 )) || echo "$(basename "$0") failed while $step." >&2
+  exit "$code"
 }
 trap finish EXIT
 
