@@ -110,9 +110,8 @@ std::vector<float> toFloats(py::handle value, Sizes... shape) {
   if (!needed.equal(given.attr("shape"))) {
     raise(PyExc_ValueError, "expected {}, got {}", described(needed), described(given.attr("shape")));
   }
-  const auto isTooLarge = [](long double x) {
-    return std::isfinite(x) && std::abs(x) > std::numeric_limits<float>::max();
-  };
+  constexpr auto largest = static_cast<long double>(std::numeric_limits<float>::max());
+  const auto isTooLarge = [](long double x) { return std::isfinite(x) && std::abs(x) > largest; };
   // The conversion fails only for a real number that is too large.
   const auto numbers = py::array_t<long double, py::array::c_style | py::array::forcecast>::ensure(given);
   if (!numbers || std::any_of(numbers.data(), numbers.data() + numbers.size(), isTooLarge)) {
