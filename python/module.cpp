@@ -90,23 +90,34 @@ py::object typeName(py::handle value) { return py::type::handle_of(value).attr("
 /// The numbers of an array, a list or a number, by rows.
 template <typename... Sizes>
 std::vector<float> toFloats(py::handle value, Sizes... shape) {
-  const py::array given(py::reinterpret_borrow<py::object>(value));
-  if (std::string("fiu").find(given.dtype().kind()) == std::string::npos) {
-    raise(PyExc_TypeError, "numbers are needed, not {} of {}", typeName(value), given.dtype());
+  if (py::hasattr(value, "_mask") && py::module_::import("numpy.ma").attr("is_masked")(value).cast<bool>()) {
+    raise(PyExc_TypeError, "expected numbers, got {} with masked values", typeName(value));
   }
+  const py::array given(py::reinterpret_borrow<py::object>(value));
+  bool areReal = std::string("fiu").find(given.dtype().kind()) != std::string::npos;
+  if (given.dtype().kind() == 'O') {  // for example integers of more than 64 bits
+    const py::object real = py::module_::import("numbers").attr("Real");
+    const py::list elements = given.attr("ravel")().attr("tolist")();
+    areReal = std::all_of(elements.begin(), elements.end(),
+                          [&](py::handle x) { return py::isinstance(x, real) && !PyBool_Check(x.ptr()); });
+  }
+  if (!areReal) raise(PyExc_TypeError, "expected numbers, got {} of {}", typeName(value), given.dtype());
+
+  const auto described = [](const py::object& sizes) {
+    return py::len(sizes) == 0 ? py::str("one number") : py::str("an array of shape {}").format(sizes);
+  };
   const py::tuple needed = py::make_tuple(shape...);
   if (!needed.equal(given.attr("shape"))) {
-    raise(PyExc_ValueError, "the shape {} is needed, not {}", needed, given.attr("shape"));
+    raise(PyExc_ValueError, "expected {}, got {}", described(needed), described(given.attr("shape")));
   }
-  const py::array_t<double, py::array::c_style | py::array::forcecast> numbers(given);
-  const auto largest = static_cast<double>(std::numeric_limits<float>::max());
-  std::vector<float> floats;
-  for (const double* x = numbers.data(); x != numbers.data() + numbers.size(); ++x) {
-    if (std::isfinite(*x) && std::abs(*x) > largest)
-      raise(PyExc_ValueError, "{} is too large for single precision", *x);
-    floats.push_back(static_cast<float>(*x));
+  constexpr auto largest = static_cast<long double>(std::numeric_limits<float>::max());
+  const auto isTooLarge = [](long double x) { return std::isfinite(x) && std::abs(x) > largest; };
+  // The conversion fails only for a real number that is too large.
+  const auto numbers = py::array_t<long double, py::array::c_style | py::array::forcecast>::ensure(given);
+  if (!numbers || std::any_of(numbers.data(), numbers.data() + numbers.size(), isTooLarge)) {
+    raise(PyExc_ValueError, "expected numbers of at most 3.4e38, got a larger one");
   }
-  return floats;
+  return std::vector<float>(numbers.data(), numbers.data() + numbers.size());
 }
 
 /// A value of the host's math library from its floats.
@@ -122,7 +133,8 @@ Transform toTransform(py::handle value) {
   const std::vector<float> floats = toFloats(value, 4, 4);
   for (std::size_t column = 0; column < 4; ++column) {
     if (!(std::abs(floats[12 + column] - (column == 3 ? 1.0F : 0.0F)) < 1e-6F)) {
-      raise(PyExc_ValueError, "the last row of a pose is 0, 0, 0, 1");
+      raise(PyExc_ValueError, "expected 0, 0, 0, 1 as the last row of a pose, got {}, {}, {}, {}", floats[12],
+            floats[13], floats[14], floats[15]);
     }
   }
   return fromFloats<Transform>(floats);
@@ -141,7 +153,7 @@ const Indexed frame = {"volatile frame", &System::getNbVolatileFrames};
 
 std::string toName(const System& system, const Indexed& of, py::handle value) {
   if (!PyUnicode_Check(value.ptr())) {
-    raise(PyExc_TypeError, "the name of a {} is needed, not {}", of.noun, typeName(value));
+    raise(PyExc_TypeError, "expected the name of a {}, got {}", of.noun, typeName(value));
   }
   py::dict names;
   for (std::size_t i = 0; i < (system.*of.count)(); ++i) {
@@ -159,14 +171,17 @@ std::size_t toIndex(const System& system, const Indexed& of, py::handle value) {
   if (PyUnicode_Check(value.ptr()) && of.id != nullptr) return (system.*of.id)(toName(system, of, value));
   const bool isBool = PyBool_Check(value.ptr()) || py::type::handle_of(value).is(py::dtype::of<bool>().attr("type"));
   if (PyIndex_Check(value.ptr()) == 0 || isBool) {
-    raise(PyExc_TypeError,
-          of.id ? "the index or name of a {} is needed, not {}" : "the index of a {} is needed, not {}", of.noun,
-          typeName(value));
+    raise(PyExc_TypeError, of.id ? "expected the index or name of a {}, got {}" : "expected the index of a {}, got {}",
+          of.noun, typeName(value));
   }
-  const py::ssize_t index = PyNumber_AsSsize_t(value.ptr(), nullptr);  // clipped
+  const py::ssize_t index = PyNumber_AsSsize_t(value.ptr(), PyExc_IndexError);
   if (index == -1 && PyErr_Occurred()) throw py::error_already_set();
   const auto count = static_cast<py::ssize_t>((system.*of.count)());
-  if (index < 0 || index >= count) raise(PyExc_IndexError, "the index of a {} is 0 to {}", of.noun, count - 1);
+  if (index < 0 || index >= count) {
+    raise(PyExc_IndexError,
+          count == 1 ? "expected 0 as the index of a {1}, got {2}" : "expected 0 to {0} as the index of a {1}, got {2}",
+          count - 1, of.noun, index);
+  }
   return static_cast<std::size_t>(index);
 }
 
@@ -239,7 +254,7 @@ template <typename>
 using Any = py::handle;
 
 System& systemOf(const Self& robot) {
-  if (robot == nullptr) throw py::type_error("a RigidBodySystem is needed, not None");
+  if (robot == nullptr) throw py::type_error("expected a RigidBodySystem, got None");
   return *robot->system;
 }
 
@@ -249,7 +264,7 @@ class Operations : public py::class_<Robot, Self> {
   using class_::class_;
 
   /// Adds an operation of the interface. `parameters` are the names that help() shows, or nullptr if there are
-  /// overloads. `of` is what an index or a name stands for.
+  /// overloads; then the text starts with its call and a colon. `of` is what an index or a name stands for.
   template <typename Result, typename... Arguments>
   void op(const char* name, const char* parameters, Result (System::*operation)(Arguments...) const, const char* text,
           const Indexed& of = body) {
@@ -269,6 +284,23 @@ class Operations : public py::class_<Robot, Self> {
       signature = std::string(name) + "($self, " + parameters + (*parameters ? ", " : "") + "/)\n--\n\n";
     }
     def(name, function, (signature + text).c_str());
+    std::string& call = calls_[name];
+    if (!call.empty()) call += " or ";
+    call += parameters ? std::string(name) + "(" + parameters + ")" : std::string(text, std::strchr(text, ':'));
+  }
+
+  /// Adds what pybind11 calls when the arguments fit no function: it raises an exception with one line.
+  void addRefusals() {
+    for (const auto& name_and_call : calls_) {
+      const std::string call = name_and_call.second;
+      def(name_and_call.first.c_str(), [call](const py::args& given, const py::kwargs& keywords) {
+        if (given.empty() || !py::isinstance<Robot>(given[0])) {
+          raise(PyExc_TypeError, "expected {} of a RigidBodySystem, got other arguments", call);
+        }
+        raise(PyExc_TypeError, "expected {}, got {} positional and {} keyword arguments", call, given.size() - 1,
+              keywords.size());
+      });
+    }
   }
 
  private:
@@ -290,6 +322,8 @@ class Operations : public py::class_<Robot, Self> {
     };
     add(name, parameters, function, text);
   }
+
+  std::map<std::string, std::string> calls_;  ///< how an operation is called, by its name
 };
 
 const char* const systemText =
@@ -297,9 +331,10 @@ const char* const systemText =
 
 Set the state, compute, and read the results. A result changes only when the operation that computes it runs.
 
-A body or a joint angle is given by its index or its name. An index out of range raises IndexError, an unknown name
-KeyError, a wrong shape ValueError and a wrong type TypeError, and the object is unchanged. Arguments can be arrays or
-lists of any real type, and NaN and infinity are valid. Results are float32.
+You can give a body or a joint angle by its index or by its name. An index out of range raises IndexError, an unknown
+name KeyError, a wrong shape ValueError and a wrong type TypeError, and the object is unchanged. Arguments can be arrays
+or lists of any real type, and NaN and infinity are valid. Arrays are float32, except the three tables of the tree,
+which are int64.
 
 "View" marks a read-only array that shows later results. Use .copy() to keep the values. Other arrays are copies.
 
@@ -327,10 +362,10 @@ void addOperations(Operations& robot) {
            "Replaces the mass properties of a body FOR ALL OBJECTS OF THE PROCESS: mass (kg), centre of mass (m, body\n"
            "frame), and the 3 x 3 rotational inertia about it (kg m^2, body axes), of which the upper triangle is not "
            "read.");
-  robot.op("getMass", nullptr, py::overload_cast<>(&System::getMass, py::const_),
-           "getMass(): total mass (kg).\ngetMass(body): mass of one body (kg).");
+  robot.op("getMass", nullptr, py::overload_cast<>(&System::getMass, py::const_), "getMass(): total mass (kg).");
   robot.op("getPartialMass", "body", &System::getPartialMass, "Mass of all bodies but one (kg).");
-  robot.op("getMass", nullptr, py::overload_cast<Index>(&System::getMass, py::const_), "");
+  robot.op("getMass", nullptr, py::overload_cast<Index>(&System::getMass, py::const_),
+           "getMass(body): mass of one body (kg).");
 
   robot.op("setRootPose", "pose", &System::setRootPose, "Pose of the root in the world.");
   robot.op("getRootPose", "", &System::getRootPose, "Pose of the root in the world, the same as getPose(0). View.");
@@ -357,17 +392,20 @@ void addOperations(Operations& robot) {
   robot.op(
       "setExternalWrench", nullptr, py::overload_cast<Index, const std::vector<float>&>(&System::setExternalWrench),
       "setExternalWrench(body, wrench): force (N), then torque (N m) on a body, in its frame about its origin. Acts\n"
-      "until set again.\n"
+      "until set again.");
+  robot.op(
+      "setExternalWrench", nullptr,
+      py::overload_cast<Index, const std::vector<float>&, Transform>(&System::setExternalWrench),
       "setExternalWrench(body, wrench, frame): the same given in a frame whose pose in the body's frame is `frame`,\n"
       "about that frame's origin.");
-  robot.op("setExternalWrench", nullptr,
-           py::overload_cast<Index, const std::vector<float>&, Transform>(&System::setExternalWrench), "");
 
   robot.op("computeFwdKinematicsExceptRoot", "", &System::computeFwdKinematicsExceptRoot,
            "From the joint angles: poses and centre of mass in the root's frame, and the Jacobian.");
   robot.op("computeFwdKinematicsOnlyRoot", "", &System::computeFwdKinematicsOnlyRoot,
-           "From the root's pose and the above: poses and centre of mass in the world.");
-  robot.op("computeFwdKinematics", "", &System::computeFwdKinematics, "Both of the above, in this order.");
+           "From the root's pose and the results of computeFwdKinematicsExceptRoot(): poses and centre of mass in\n"
+           "the world.");
+  robot.op("computeFwdKinematics", "", &System::computeFwdKinematics,
+           "computeFwdKinematicsExceptRoot(), then computeFwdKinematicsOnlyRoot().");
   robot.op("computeGeneralizedMass", "", &System::computeGeneralizedMass,
            "The mass matrix at the configuration of the last forward kinematics or inverse dynamics.");
   robot.add(
@@ -391,13 +429,14 @@ void addOperations(Operations& robot) {
            "Overwrites a body's pose in the world until it is computed again.");
   robot.op("getVolatilePose", "frame", &System::getVolatilePose, "A pose that no computation reads or writes. View.",
            frame);
-  robot.op("setVolatilePose", "frame, pose", &System::setVolatilePose, "Sets that pose.", frame);
+  robot.op("setVolatilePose", "frame, pose", &System::setVolatilePose, "Sets the pose that getVolatilePose() returns.",
+           frame);
   robot.op("getComPosition", nullptr, py::overload_cast<Index>(&System::getComPosition, py::const_),
-           "getComPosition(): centre of mass of the robot in the world (m). View.\n"
            "getComPosition(body): centre of mass of one body in the world (m).");
   robot.op("getComPositionInRoot", "", &System::getComPositionInRoot,
            "Centre of mass of the robot in the root's frame (m). View.");
-  robot.op("getComPosition", nullptr, py::overload_cast<>(&System::getComPosition, py::const_), "");
+  robot.op("getComPosition", nullptr, py::overload_cast<>(&System::getComPosition, py::const_),
+           "getComPosition(): centre of mass of the robot in the world (m). View.");
 
   robot.op("getGeneralizedMass", "", &System::getGeneralizedMass,
            "21 x 21, in the order of the coordinates: the root's six in its axes, then the joint angles. View.");
@@ -419,6 +458,7 @@ void addOperations(Operations& robot) {
 
 PYBIND11_MODULE(_lumo, module) {
   module.attr("__name__") = "lumo";  // the package, by which Python shows the classes
+  py::dtype::of<float>();            // Makes pybind11 load NumPy now. Two threads that did it later would deadlock.
   py::options options;
   options.disable_function_signatures();
 
@@ -430,13 +470,20 @@ PYBIND11_MODULE(_lumo, module) {
       .def(
           "create",
           [](const std::shared_ptr<Plugin>& plugin) {
-            if (plugin == nullptr) throw py::type_error("a Plugin is needed, not None");
+            if (plugin == nullptr) throw py::type_error("expected a Plugin, got None");
             return create(*plugin);
           },
-          "create($self, /)\n--\n\nA new RigidBodySystem.");
+          "create($self, /)\n--\n\nA new RigidBodySystem.")
+      .def(py::init([](const py::args&, const py::kwargs&) -> std::shared_ptr<Plugin> {
+        throw py::type_error("expected Plugin() or Plugin(file), got other arguments");
+      }))
+      .def("create", [](const py::args&, const py::kwargs&) {
+        throw py::type_error("expected create() of a Plugin, got other arguments");
+      });
 
   module.attr("__version__") = LUMO_VERSION;
 
   Operations robot(module, "RigidBodySystem", py::is_final(), systemText);
   addOperations(robot);
+  robot.addRefusals();
 }

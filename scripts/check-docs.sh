@@ -18,7 +18,12 @@ for command in "${commands[@]}"; do
 done
 step="running the Python code in docs/"
 awk '/^```/ { python = /^```python$/; next } python' docs/*.md >"$scratch/docs.py"
-PYTHONPATH=build/release/python /usr/bin/python3 "$scratch/docs.py"
+(( $(wc -l <"$scratch/docs.py") > 20 ))
+PYTHONPATH=build/release/python /usr/bin/python3 "$scratch/docs.py" | tee "$scratch/output"
+step="looking for the message of the exception in docs/python.md in that output"
+message=$(sed -n 's/^ *print(error)  # //p' "$scratch/docs.py")
+[[ -n $message ]]
+grep -qxF "$message" "$scratch/output"
 step="comparing a picture in docs/ with what its command has drawn"
 cmp build/gravity_torques.svg docs/gravity_torques.svg
 step="writing the reference of the public headers"

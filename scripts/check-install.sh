@@ -20,7 +20,9 @@ use() {
   step="comparing the results of $tree"
   diff <("$tree/bin/lumo-digest" --states 100) <(build/release/bin/lumo-digest --states 100)
   step="using the Python module of $tree"
-  PYTHONPATH=$(echo "$tree"/lib/python3*/dist-packages) /usr/bin/python3 -c "import lumo; lumo.Plugin().create()"
+  # Debian's Python searches below a prefix in the folders that getsitepackages() returns.
+  PYTHONPATH=$(/usr/bin/python3 -c 'import site, sys; print(*site.getsitepackages(sys.argv[1:]), sep=":")' "$tree") \
+    /usr/bin/python3 -c "import lumo; lumo.Plugin().create()"
   for flags in "" -mavx; do
     [[ -z $flags ]] || grep -qw avx /proc/cpuinfo || continue
     step="building the example host $flags against $tree"

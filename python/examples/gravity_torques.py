@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""Draws the torques that hold the robot still, over the angle of one joint as curves or over two angles as maps."""
+"""Draws the joint torques at rest, over the angle of one joint as curves or over two angles as maps."""
 
 import support  # first, because it reports missing modules
 from support import lumo
@@ -35,35 +35,35 @@ def sweep(robot, base, joints, ranges):
 
 
 def draw_curves(robot, joint, angles, torques, file):
-    """Draws the torques that are not tiny."""
+    """Draws the torque of the joint, and the other torques that are not tiny."""
     figure = plt.figure(figsize=(8, 4.6))
     axes = figure.add_axes([0.09, 0.12, 0.74, 0.8])
     colours = support.body_colours(robot)[1:]
-    seen = [k for k in range(torques.shape[1]) if np.abs(torques[:, k]).max() > 0.02 * np.abs(torques).max()]
+    swept, largest = robot.getJointAngleId(joint), np.abs(torques).max(axis=0)
+    seen = [k for k in range(len(largest)) if k == swept or largest[k] > 0.02 * largest.max()]
     for k in seen:
-        width = 2.2 if robot.getJointAngleName(k) == joint else 1.4
-        axes.plot(angles, torques[:, k], color=colours[k], linewidth=width)
+        axes.plot(angles, torques[:, k], color=colours[k], linewidth=2.2 if k == swept else 1.4)
     axes.margins(x=0.02)
     support.label_lines(axes, angles[-1], [(robot.getJointAngleName(k), torques[-1, k], colours[k]) for k in seen])
-    axes.set(title="Torques that hold the robot still (N m)", xlabel=f"{joint} (rad)")
+    axes.set(title="Joint torques at rest (N m)", xlabel=f"{joint} (rad)")
     support.save(figure, file)
 
 
 def draw_maps(robot, joints, ranges, torques, file):
     """Draws the torques of the two joints."""
-    figure, maps = plt.subplots(1, 2, figsize=(11, 4.6), layout="constrained", sharey=True)
+    figure, maps = plt.subplots(1, 2, figsize=(11, 4.4), layout="constrained")
     for axes, joint in zip(maps, joints):
         torque = torques[..., robot.getJointAngleId(joint)].T
         largest = max(1e-3, np.abs(torque).max())
         levels = MaxNLocator(10).tick_values(-largest, largest)
         fill = np.linspace(levels[0], levels[-1], 2 * len(levels) - 1)
-        axes.contourf(*ranges, torque, fill, cmap="RdBu_r", vmin=-1.7 * largest, vmax=1.7 * largest)
-        lines = axes.contour(*ranges, torque, levels, colors=support.INK, linewidths=0.6)
-        axes.clabel(lines, fmt="%g", fontsize=8)
-        axes.set(title=f"{joint}: torque that holds the robot still (N m)", xlabel=f"{joints[0]} (rad)",
-                 ylabel=f"{joints[1]} (rad)")
+        colours = axes.contourf(*ranges, torque, fill, cmap="RdBu_r", vmin=-1.7 * largest, vmax=1.7 * largest)
+        lines = [level for level in levels if torque.min() < level < torque.max()]
+        if lines:
+            axes.contour(*ranges, torque, lines, colors=support.INK, linewidths=0.6)
+        figure.colorbar(colours, ax=axes, ticks=levels, label="N m")
+        axes.set(title=f"{joint}: torque at rest", xlabel=f"{joints[0]} (rad)", ylabel=f"{joints[1]} (rad)")
         axes.grid(False)
-        axes.label_outer()
     support.save(figure, file)
 
 
@@ -78,12 +78,12 @@ def main():
     parser.add_argument("--svg", default="gravity_torques.svg", metavar="FILE",
                         help="the picture; the default is gravity_torques.svg")
     options = parser.parse_args()
-    if len(options.sweep) > 2:
-        parser.error("one or two joints can be swept")
+    joints = [name for name, _ in options.sweep]
+    if len(joints) > 2 or len(set(joints)) < len(joints):
+        parser.error("expected one joint or two different joints to sweep")
 
     robot = lumo.Plugin().create()
     support.set_pose(robot, options)
-    joints = [name for name, _ in options.sweep]
     points = 200 if len(joints) == 1 else 40
     ranges = [np.linspace(*ends, points + 1) for _, ends in options.sweep]
     torques = sweep(robot, options.base, joints, ranges)

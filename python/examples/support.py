@@ -5,7 +5,7 @@ import pathlib
 import sys
 
 BUILT = pathlib.Path(__file__).resolve().parents[2] / "build/release/python"
-sys.path.append(str(BUILT))
+sys.path.insert(0, str(BUILT))
 try:
     import lumo
     import matplotlib
@@ -36,49 +36,49 @@ class Parser(argparse.ArgumentParser):
 def run(main):
     """Runs a program. An error is reported with one line and a non-zero exit code."""
     try:
-        main()
+        with np.errstate(all="ignore"):
+            main()
     except (KeyError, OSError, RuntimeError, ValueError) as error:
         sys.exit(f"{sys.argv[0].rsplit('/', 1)[-1]}: {error.args[0] if isinstance(error, KeyError) else error}")
 
 
-def positive(text):
-    """The type of an option whose value is positive and finite."""
-    value = float(text)
-    if not 0 < value < np.inf:
-        raise ValueError
-    return value
-
-
-def numbers(count):
-    """The type of an option whose value is a list of finite numbers, separated by commas."""
+def numbers(count, least=-1e6, place=""):
+    """The type of an option whose value is a list of numbers, separated by commas."""
     def read(text):
-        values = np.array([float(word) for word in text.split(",")])
-        if len(values) != count or not np.isfinite(values).all():
-            raise ValueError
+        try:
+            values = np.array([float(word) for word in text.split(",")])
+        except ValueError:
+            values = np.empty(0)
+        if len(values) != count or not ((least <= values) & (values <= 1e6)).all():
+            what = "one number" if count == 1 else f"{count} numbers"
+            raise argparse.ArgumentTypeError(f"expected {what} from {least:g} to 1e+06{place}, got {text!r}")
         return values
-    read.__name__ = f"{count} numbers"
     return read
+
+
+def number(least):
+    """The type of an option whose value is one number."""
+    return lambda text: numbers(1, least)(text)[0]
 
 
 def assignment(count):
     """The type of an option NAME=x,y,..."""
     def read(text):
         name, _, values = text.partition("=")
-        return name, numbers(count)(values)
-    read.__name__ = "NAME=" + ",".join(["NUMBER"] * count)
+        return name, numbers(count, place=" after NAME=")(values)
     return read
 
 
 def add_pose_options(parser):
-    parser.add_argument("--root", type=numbers(6), default=np.zeros(6), metavar="X,Y,Z,ROLL,PITCH,YAW",
-                        help="the root's pose in the world (m, rad)")
+    parser.add_argument("--root", type=numbers(6), metavar="X,Y,Z,ROLL,PITCH,YAW",
+                        help="the root's pose in the world (m, rad); the default is zero")
     parser.add_argument("--joint", type=assignment(1), action="append", default=[], metavar="NAME=RAD",
                         help="a joint angle; may be repeated")
 
 
 def set_pose(robot, options):
     """Sets the pose in the options. Returns the root's pose in double precision."""
-    x, y, z, roll, pitch, yaw = options.root
+    x, y, z, roll, pitch, yaw = np.zeros(6) if options.root is None else options.root
     root = pose(rotation([0, 0, yaw]) @ rotation([0, pitch, 0]) @ rotation([roll, 0, 0]), [x, y, z])
     robot.setRootPose(root)
     for name, (angle,) in options.joint:

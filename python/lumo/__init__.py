@@ -11,6 +11,8 @@ The objects have the 56 operations of the C++ interface under the same names: he
 They hold Python's interpreter lock while they compute, and start no threads.
 """
 
+import numpy  # If it is missing, the exception names it.
+
 from ._lumo import Plugin, RigidBodySystem, __version__
 
 __all__ = ["Plugin", "RigidBodySystem"]

@@ -4,10 +4,12 @@ import pathlib
 import shutil
 import subprocess
 import sys
+import types
 
 import numpy as np
 import pytest
 
+import digest
 import lumo
 
 EXAMPLES = pathlib.Path(__file__).parent.parent / "examples"
@@ -27,24 +29,41 @@ def make_robot():
     return robot, root
 
 
-def throw(friction=0.0):
-    """A tenth of a second in which everything moves, the hands by some 30 rad/s."""
+def throw(friction=0.0, spin=0.0):
+    """A tenth of a second in which everything moves, a hand by some 30 rad/s plus the spin."""
     robot, root = make_robot()
     v = fall.push(robot, [("Torso", [6, -3, 0])])
     v[6:] = np.linspace(2, -2, 15)
+    v[-1] += spin
+    robot.setRootAcceleration(np.ones(6))  # the fall must not depend on them
+    robot.setJointAnglesAcc(np.ones(15))
     return robot, fall.simulate(robot, root, v, seconds=0.1, dt=1e-3, friction=friction)
 
 
-def test_free_motion_conserves_energy_and_momentum():
-    robot, motion = throw()
+@pytest.mark.parametrize("spin", [0, 300])
+def test_free_motion_conserves_energy_and_momentum_and_agrees_with_inverse_dynamics(spin, monkeypatch):
+    torques = []
+
+    def checked(free, R, q, v, solve=fall.FreeRobot.acceleration):
+        a = solve(free, R, q, v)
+        for scale in (1, 0):
+            free.robot.setRootAcceleration(scale * a[:6])
+            free.robot.setJointAnglesAcc(scale * a[6:])
+            free.robot.computeInverseDynamics()
+            torques.append(scale * free.torques)
+        return a
+
+    monkeypatch.setattr(fall.FreeRobot, "acceleration", checked)
+    robot, motion = throw(spin=spin)
     mass = robot.getMass()
     by_gravity = mass * np.outer(motion.time, fall.G)
     parabola = np.outer(motion.time, motion.linear[0] / mass) + np.outer(motion.time**2 / 2, fall.G)
-    # About four times what was measured: 2.7e-5 J of 11 J exchanged, 2.3e-6 N s, 2.6e-6 N m s, 1.2e-7 m.
+    # At least three times what was measured: 3.7e-5 J of 11 J exchanged, 5.5e-6 N s, 4.9e-6 N m s, 1.2e-7 m, 3e-5 N m.
     assert np.ptp(motion.kinetic + motion.potential) < 1e-5 * np.ptp(motion.potential)
-    assert np.ptp(motion.linear - by_gravity, axis=0).max() < 1e-5
-    assert np.ptp(motion.angular, axis=0).max() < 1e-5
+    assert np.ptp(motion.linear - by_gravity, axis=0).max() < 2e-5
+    assert np.ptp(motion.angular, axis=0).max() < 2e-5
     assert np.abs(motion.com - motion.com[0] - parabola).max() < 5e-7
+    assert np.abs(torques).max() < 1e-4
 
 
 def test_rotation_is_integrated_to_fourth_order():
@@ -64,7 +83,6 @@ def test_rotation_is_integrated_to_fourth_order():
 
 
 def test_a_push_is_what_it_adds_to_the_momentum():
-    robot, motion = throw()
     robot, root = make_robot()
     impulse = np.array([6, -3, 0])
     v = fall.push(robot, [("Torso", impulse)])
@@ -74,13 +92,17 @@ def test_a_push_is_what_it_adds_to_the_momentum():
     np.testing.assert_allclose(pushed.angular, np.cross(lever, impulse), atol=1e-5)
 
 
-def test_friction_takes_energy_but_no_momentum():
+def test_friction_takes_energy_but_no_momentum_and_slows_a_joint_at_its_rate():
     _, free = throw()
     robot, motion = throw(friction=5)
     total = motion.kinetic + motion.potential
     assert np.diff(total).max() < 0
     assert total[0] - total[-1] > 0.01
     assert np.abs(motion.linear - free.linear).max() < 1e-4
+    for k in (8, 20):  # one joint moves
+        state = np.eye(3), np.full(15, 0.3), 2 * np.eye(21)[k]
+        slowed, free = [fall.FreeRobot(robot, friction).acceleration(*state) for friction in (5, 0)]
+        assert (slowed - free)[k] == pytest.approx(-5 * 2)
 
 
 @pytest.mark.parametrize("base", ["KneePitch", "Torso"])
@@ -106,7 +128,11 @@ def test_torques_of_gravity_are_the_slopes_of_the_potential_energy(base):
 @pytest.mark.parametrize("example, arguments", [
     (fall, "--joint Knee=1"), (fall, "--joint KneePitch"), (fall, "--joint KneePitch=nan"), (fall, "--push Torso=1,2"),
     (fall, "--root 1,2"), (fall, "--step 0"), (fall, "--friction -1"), (fall, "--seconds .002 --svg /none/fall.svg"),
-    (fall, "--push LWristYaw=900,0,0"),
+    (fall, "--push LWristYaw=1e5,0,0"), (fall, "--seconds 1e308 --step 1e-308"), (fall, "--step 3"),
+    (fall, "--seconds 1e6"), (fall, "--friction 1e300"), (fall, "--friction 1e6"), (fall, "--push Torso=1e308,1e308,0"),
+    (fall, "--root 0,0,0,1e300,0,0"), (gravity_torques, "--sweep HipPitch=-1e308,1e308"),
+    (gravity_torques, "--sweep HipPitch=0,1 --root 1e38,0,0,0,0,0"),
+    (gravity_torques, "--sweep HipPitch=0,1 --sweep HipPitch=1,2"),
     (gravity_torques, ""), (gravity_torques, "--sweep HipPitch=0,x"),
     (gravity_torques, "--sweep HipPitch=0,1 --base Nose"), (gravity_torques, 3 * "--sweep HipPitch=0,1 "),
 ])
@@ -122,17 +148,53 @@ def test_bad_input_is_answered_by_one_line(example, arguments, monkeypatch, caps
 
 def test_without_the_module_one_line_says_where_it_was_looked_for(tmp_path):
     shutil.copytree(EXAMPLES, tmp_path / "python/examples")
-    command = [sys.executable, tmp_path / "python/examples/fall.py"]
+    command = [sys.executable, "-S", tmp_path / "python/examples/fall.py"]
     result = subprocess.run(command, env={}, capture_output=True, text=True)
     assert result.returncode != 0
     assert result.stderr == f"the Python module lumo is missing; lumo can be in {tmp_path}/build/release/python\n"
 
 
-def test_the_same_picture_is_the_same_file(tmp_path, monkeypatch):
-    pictures = []
-    for file in (tmp_path / "a.svg", tmp_path / "b.svg"):
-        monkeypatch.setattr(sys, "argv", ["fall.py", "--seconds", "0.02", "--svg", str(file)])
+def test_the_same_picture_is_the_same_file_and_shows_the_energies(tmp_path, monkeypatch, capsys):
+    def picture(*arguments):
+        monkeypatch.setattr(sys, "argv", ["fall.py", "--seconds=0.02", "--svg", str(tmp_path / "a.svg"), *arguments])
         fall.main()
-        pictures.append(file.read_text())
-    assert pictures[0] == pictures[1]
-    assert all(name in pictures[0] for name in ("kinetic", "KneePitch"))
+        return (tmp_path / "a.svg").read_text()
+
+    thrown = picture()
+    assert thrown == picture()
+    kinetic, potential, total = [line.get_ydata() for line in fall.plt.gcf().axes[1].lines]
+    assert kinetic[0] > 100  # the throw is the default
+    np.testing.assert_allclose(total, kinetic + potential)
+    np.testing.assert_allclose(np.diff(potential), -np.diff(kinetic), atol=1e-4)
+    picture("--root=0,0,0,0,0,0", "--friction=0")  # no throw
+    assert fall.plt.gcf().axes[1].lines[0].get_ydata()[0] == 0
+    assert "1e-5" not in capsys.readouterr().out
+    picture("--push=Torso=100,0,0", "--seconds=0.001")  # its rounding errors exceed the energy exchanged
+    assert "The total energy changes by more than 1e-5 of the energy exchanged." in capsys.readouterr().out
+
+
+def test_options_set_the_whole_pose():
+    robot, _ = make_robot()
+    options = types.SimpleNamespace(root=np.array([1, 2, 3, 0.4, -0.5, 0.6]), joint=[("HeadYaw", [0.7])])
+    np.testing.assert_allclose(support.set_pose(robot, options), digest.pose(options.root), atol=1e-12)
+    np.testing.assert_allclose(robot.getRootPose(), digest.pose(options.root), atol=1e-6)
+    assert robot.getJointAnglePos("HeadYaw") == np.float32(0.7)
+    options.root = None
+    support.set_pose(robot, options)
+    assert np.array_equal(robot.getRootPose(), np.eye(4))
+
+
+def test_a_sweep_draws_the_torques_at_each_angle(tmp_path):
+    robot, _ = make_robot()
+    robot.computeFwdKinematics()
+    base_pose, angles = robot.getPose("KneePitch").copy(), np.array([-0.4, 0.3])
+    torques = gravity_torques.sweep(robot, "KneePitch", ["HeadYaw"], [angles])  # a joint with tiny torques
+    for angle, swept in zip(angles, torques):
+        robot.setJointAnglePos("HeadYaw", angle)
+        np.testing.assert_array_equal(swept, gravity_torques.holding_torques(robot, "KneePitch", base_pose))
+    gravity_torques.draw_curves(robot, "HeadYaw", angles, torques, tmp_path / "curves.svg")
+    curves = [list(line.get_ydata()) for line in gravity_torques.plt.gcf().axes[0].lines]
+    swept = robot.getJointAngleId("HeadYaw")
+    assert np.abs(torques[:, swept]).max() < 0.02 * np.abs(torques).max()
+    assert list(torques[:, swept]) in curves
+    assert 1 < len(curves) < 15

@@ -8,6 +8,8 @@ import re
 import shutil
 import subprocess
 import sys
+from decimal import Decimal
+from fractions import Fraction
 
 import numpy as np
 import pytest
@@ -43,7 +45,9 @@ NOT_INDEXES = [(-1, IndexError), (10**30, IndexError), (-(10**30), IndexError), 
                (b"Torso", TypeError), (np.arange(2), TypeError)]
 NOT_NAMES = [(name, KeyError) for name in ("hippitch", "", "HipPitch ", "\0", "\ud800", "x" * 10**5)]
 NOT_NUMBERS = [(None, TypeError), ("1", TypeError), (1j, TypeError), (True, TypeError), ({}, TypeError),
-               (1e39, ValueError), (-np.float64(1e300), ValueError), ([1.0], ValueError), (np.zeros(0), ValueError)]
+               (1e39, ValueError), (-np.float64(1e300), ValueError), ([1.0], ValueError), (np.zeros(0), ValueError),
+               (10**400, ValueError), (Fraction(10**400), ValueError), (np.longdouble("1e400"), ValueError),
+               (Decimal(1), TypeError), (np.ma.masked, TypeError)]
 
 
 def not_arrays(*shape):
@@ -51,7 +55,8 @@ def not_arrays(*shape):
     return [(None, TypeError), ("abc", TypeError), (1.0, ValueError), ([], ValueError), (right[1:], ValueError),
             (np.zeros(10**7), ValueError), (right[..., None], ValueError), (right[None], ValueError),
             (right.astype(complex), TypeError), (right.astype(str), TypeError), (right.astype(bool), TypeError),
-            (right.astype(object), TypeError), (right + 1e39, ValueError), ([[1], [1, 2]], ValueError)]
+            (np.full(shape, None), TypeError), (right.astype(bool).astype(object), TypeError),
+            (np.ma.masked_less(right, 1), TypeError), (right + 1e39, ValueError), ([[1], [1, 2]], ValueError)]
 
 
 WRONG = {
@@ -111,7 +116,8 @@ def raised_by(operation, *arguments):
 
 def run(code, *arguments):
     """In an interpreter of its own: (exit code, output, errors)."""
-    result = subprocess.run([sys.executable, "-c", code, *map(str, arguments)], capture_output=True, text=True)
+    result = subprocess.run([sys.executable, "-c", code, *map(str, arguments)], capture_output=True, text=True,
+                            timeout=60)
     return result.returncode, result.stdout, result.stderr
 
 
@@ -173,7 +179,7 @@ def test_real_numbers_of_all_types_and_layouts_are_converted(robot):
     spread[:, 1] = positions
     for given in (positions, positions.astype(np.float32), positions.astype(">f8"), positions.astype(np.float16),
                   list(positions), tuple(positions), spread[:, 1], positions[::-1].copy()[::-1],
-                  positions.astype(np.longdouble)):
+                  positions.astype(np.longdouble), positions.astype(object), [Fraction(k, 8) for k in range(15)]):
         robot.setJointAnglesPos(np.zeros(15))
         robot.setJointAnglesPos(given)
         assert np.array_equal(robot.getJointAnglesPos(), positions)
@@ -181,9 +187,9 @@ def test_real_numbers_of_all_types_and_layouts_are_converted(robot):
         robot.setVolatilePose(0, np.eye(4))
         robot.setVolatilePose(0, given)
         assert np.array_equal(robot.getVolatilePose(0), POSE)
-    for given in (2, np.int8(2), np.float64(2), np.array(2), 2.0):
+    for given in (2, np.int8(2), np.float64(2), np.array(2), 2.0, 10**20):
         robot.setJointAnglePos(3, given)
-        assert robot.getJointAnglePos(np.uint8(3)) == 2
+        assert robot.getJointAnglePos(np.uint8(3)) == np.float32(given)
 
 
 def test_nan_and_infinity_are_data(robot):
@@ -202,7 +208,9 @@ def test_wrong_arguments_raise_and_change_nothing(robot, name):
         for wrong, error in WRONG[kind]:
             raised = raised_by(operation, *right[:position], wrong, *right[position + 1:])
             assert raised is error, f"for {wrong!r} as argument {position}"
-    assert raised_by(operation, *right, 0, 0) is TypeError
+    for arguments, keywords in (((*right, 0, 0), {}), ((), {"body": 1})):
+        with pytest.raises(TypeError, match=rf"^expected .*{name}\(.*\), got \d positional and \d keyword arguments$"):
+            operation(*arguments, **keywords)
     assert np.array_equal(everything(robot), before)
 
 
@@ -251,6 +259,18 @@ def test_views_outlive_everything_else(robot):
         compute(other)
     for view, copy in zip(kept, expected):
         assert np.array_equal(view, copy)
+
+
+def test_threads_can_make_the_first_array():
+    code = """if True:
+        import sys, threading, lumo
+        sys.setswitchinterval(1e-7)
+        robot = lumo.Plugin().create()
+        threads = [threading.Thread(target=robot.getPose, args=[1]) for _ in range(8)]
+        for thread in threads:
+            thread.start()
+    """
+    assert run(code) == (0, "", "")
 
 
 def test_things_go_in_any_order_and_to_the_end_of_the_interpreter():
