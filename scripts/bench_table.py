@@ -3,7 +3,7 @@
 
 bench_table.py times FOLDER PICTURE          our times beside those of other libraries; also draws them
 bench_table.py against FOLDER COMMIT         the times of two plug-ins
-bench_table.py instructions FOLDER PLUGIN    instructions in place of times, then their kinds
+bench_table.py instructions FOLDER PLUGIN    instructions in place of times, then their kinds and functions
 """
 
 import json
@@ -14,7 +14,7 @@ import sys
 
 import bench_picture
 import callgrind
-import instruction_kinds
+import plugin_instructions
 
 PEERS = ["MuJoCo", "Orocos KDL"]
 STATES = 64  # how often a counted loop runs each row
@@ -107,19 +107,24 @@ def against(folder, commit):
 
 
 def instructions(folder, plugin):
-    values, kinds = {}, {}
+    values, kinds, functions = {}, {}, {}
     for names in sorted(folder.glob("*.names")):
-        base = names.with_suffix("")
-        for name, file in zip(names.read_text().splitlines(), callgrind.dump_files(base)):
+        for name, file in zip(names.read_text().splitlines(), callgrind.dump_files(names.with_suffix(""))):
             values[name] = sum(count for _, _, count in callgrind.read_entries(file)) / STATES
             if re.match("compute|controlCycle", name):
-                kinds[name] = instruction_kinds.read_kinds(plugin, file)
+                kinds[name], functions[name] = plugin_instructions.read_counts(plugin, file)
     print_beside_peers(values, "instructions")
     print()
-    rows = [["in the plug-in", "all"] + instruction_kinds.KINDS]
+    rows = [["in the plug-in", "all"] + plugin_instructions.KINDS]
     for name, counts in kinds.items():
-        numbers = [sum(counts.values())] + [counts[kind] for kind in instruction_kinds.KINDS]
+        numbers = [sum(counts.values())] + [counts[kind] for kind in plugin_instructions.KINDS]
         rows.append([name] + [f"{number / STATES:.0f}" for number in numbers])
+    print_table(rows)
+    print()
+    rows = [["in the plug-in", "function", "instructions"]]
+    for name, counts in functions.items():
+        rows += [[name, function, f"{count / STATES:.0f}"] for function, count in counts.most_common()
+                 if count > 0.01 * sum(counts.values())]
     print_table(rows)
 
 
