@@ -32,7 +32,7 @@ void takePlugin(int& argc, char** argv) {
     }
   }
   argc = kept;
-  lumo::Plugin{plugin};
+  lumo::Plugin(plugin).create();
 }
 
 /// Adds a row for an operation on an object of its own. Where an operation takes sines, the state's angles are set

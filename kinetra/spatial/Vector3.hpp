@@ -12,6 +12,7 @@ class Vector3 {
   static constexpr int size = 3;
 
   /// Left unset.
+  // cppcheck-suppress uninitMemberVar ; so that an array of vectors costs nothing before they are computed
   Vector3() = default;
   Vector3(float x, float y, float z) : lanes_{x, y, z, 0.0F} {}
   explicit Vector3(Float4 lanes) : lanes_(lanes) {}
