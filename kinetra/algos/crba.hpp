@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <utility>
 
 #include <kinetra/Node.hpp>
@@ -8,17 +9,17 @@
 
 // The generalized mass matrix by the composite-rigid-body algorithm, Featherstone 2008, section 6.2 and table 6.2.
 //
-// Reads sXp and S of every node, as the last joint pass left them, and the table of inertias. Writes Iic and F of every
-// node and the blocks of H that couple a node with itself and with its ancestors. All other blocks are zero by nature;
-// the caller sets them once. With p the parent of node i:
+// Reads S of every node and sXp of every node but the root, as the last joint pass left them, and the table of
+// inertias. Writes Iic and F of every node and the blocks of H that couple a node with itself and with its ancestors.
+// All other blocks are zero by nature: the caller sets H to zero once. With p the parent of node i:
 //   discover: 1. Iic_i = I_i
 //   finish:   2. F_i = Iic_i S_i
 //             3. H_ii = S_i'F_i
 //             4. Iic_p += pX*_i Iic_i iX_p                      in the code sXp.applyInv(Iic)
-//             5. F_k = pX*_i F_k, H_pk = S_p'F_k, H_kp = H_pk'  for i and each descendant k of i
+//             5. F_d = pX*_i F_d, H_pd = S_p'F_d, H_dp = H_pd'  for d = i and for each descendant d of i
 // The table takes the force of one node all the way to the root before it takes the next one. Here the forces of a
-// whole subtree take each step together, because a transform is then loaded once for all of them. The results are the
-// same to the bit. In the end every F is in the root's frame.
+// whole subtree take each step together, because a transform is then loaded once for all of them. Each force goes
+// through the same operations either way. In the end every F is in the root's frame.
 
 namespace kinetra {
 
@@ -28,19 +29,16 @@ namespace internal {
 using MassMatrix = Eigen::Ref<Eigen::MatrixXf>;
 
 /// One past the last coordinate of node i and its descendants, whose coordinates follow one another.
-template <typename Robot, int i, int next = i + 1>
+template <typename Robot, int i>
 constexpr int endOfSubtree() {
-  if constexpr (next == Robot::nb_bodies) {
-    return Robot::nb_dof;
-  } else if constexpr (Robot::parents[next] < i) {
-    return Robot::dof_indexes[next];
-  } else {
-    return endOfSubtree<Robot, i, next + 1>();
-  }
+  std::size_t next = i + 1;
+  while (next < Robot::parents.size() && Robot::parents[next] >= i) ++next;
+  return next < Robot::parents.size() ? Robot::dof_indexes[next] : Robot::nb_dof;
 }
 
 /// Steps 4 and 5 from node n to its parent p, whose coordinates begin at `row`. F has a force for each coordinate;
-/// those of n and its descendants are from `begin` up to `end`. All nodes of the same types share this function.
+/// those of n and its descendants are from `begin` up to `end`. Pairs of node and parent of the same types share this
+/// function.
 template <typename Joint, typename Rotation, typename ParentJoint, typename ParentRotation>
 [[gnu::noinline]] void carryToParent(const NodeState<Joint, Rotation>& n, NodeState<ParentJoint, ParentRotation>& p,
                                      MassMatrix& H, simd::Force* F, int row, int begin, int end) {
@@ -50,7 +48,7 @@ template <typename Joint, typename Rotation, typename ParentJoint, typename Pare
   for (int k = begin; k < end; ++k) {
     F[k] = X.applyInv(F[k]);
     S_p.transposeTimes(F[k], &H(row, k));
-    for (int column = row; column < row + ParentJoint::dof_number; ++column) H(k, column) = H(column, k);
+    for (int c = row; c < row + ParentJoint::dof_number; ++c) H(k, c) = H(c, k);
   }
 }
 
@@ -58,12 +56,12 @@ template <typename Joint, typename Rotation, typename ParentJoint, typename Pare
 template <typename Robot, int... i>
 void storeForces(const simd::Force* F, Robot& robot, std::integer_sequence<int, i...>) {
   const auto storeForcesOf = [F](auto& n) {
-    for (int k = 0; k < n.dof_number; ++k) F[n.dof_index + k].store(&n.F(0, k));
+    for (int column = 0; column < n.dof_number; ++column) F[n.dof_index + column].store(&n.F(0, column));
   };
   (storeForcesOf(node<i>(robot)), ...);
 }
 
-/// crba or partial_crba, by their visitors. args: what the hooks take after H and F.
+/// The pass with the hooks of Visitor, those of crba or of partial_crba. args: what the hooks take after H and F.
 template <template <typename, int> class Visitor, typename Robot, typename... Args>
 void runCrba(Robot& robot, MassMatrix H, const Args&... args) {
   std::array<simd::Force, Robot::nb_dof> F;  // whole registers, which are faster to read again than six floats
@@ -73,7 +71,7 @@ void runCrba(Robot& robot, MassMatrix H, const Args&... args) {
 
 }  // namespace internal
 
-/// runs_jcalc: whether the pass runs the joint pass itself. Only the pass that does not is needed and defined.
+/// runs_jcalc: whether this pass runs the joint pass itself. Only `false` is defined.
 template <typename Robot, bool runs_jcalc>
 struct crba;
 
@@ -87,22 +85,22 @@ struct crba<Robot, false> {
       store(load(Robot_::inertias[i]), node<i>(robot).body.Iic);
     }
 
-    /// partial_crba also hands its excluded body to both hooks; finish has no use for it.
+    /// Unused: partial_crba shares this hook, and hands it its excluded body.
     template <typename... Unused>
     static void finish(Robot_& robot, internal::MassMatrix& H, simd::Force* F, const Unused&...) {
       const simd::Inertia Iic = load(node<i>(robot).body.Iic);
       const auto S = load(node<i>(robot).joint.S);
       for (int column = 0; column < Node::dof_number; ++column) {
         const int k = Node::dof_index + column;
-        F[k] = S.momentum(Iic, column);
-        S.transposeTimes(F[k], &H(Node::dof_index, k));
+        F[k] = S.momentum(Iic, column);                  // a column of Iic_i S_i
+        S.transposeTimes(F[k], &H(Node::dof_index, k));  // the same column of H_ii
       }
       if constexpr (Node::parent_id >= 0) {
         BwdtVisitor<Robot_, Node::parent_id, i>::discover(robot, H, F);
       }
     }
 
-    /// The step from node j to its parent a, for j and all its descendants.
+    /// Steps 4 and 5 from node j to its parent a.
     template <typename R, int a, int j>
     struct BwdtVisitor {
       static void discover(R& robot, internal::MassMatrix& H, simd::Force* F) {
@@ -113,8 +111,8 @@ struct crba<Robot, false> {
     };
   };
 
-  /// H: at least nb_dof x nb_dof, symmetric, rows and columns in the order of the coordinates, of which the root's are
-  /// linear, then angular (kg, kg m, kg m^2).
+  /// H: at least nb_dof x nb_dof floats, stored by columns; the pass writes both triangles. Its rows and columns are in
+  /// the order of the coordinates; the root's are linear, then angular (kg, kg m, kg m^2).
   template <typename Derived>
   static void run(Robot& robot, Eigen::MatrixBase<Derived>& H) {
     internal::runCrba<DftVisitor>(robot, H.derived());

@@ -10,7 +10,7 @@
 //
 // Reads sXp, S, vj and cj of every node, as the last joint pass with velocities left them, the table of inertias and
 // minus_g. Writes vi, ai and f of every node and all of torques. With p the parent of node i:
-//   discover: 1. v_i = iX_p v_p + vj
+//   discover: 1. v_i = iX_p v_p + vj                             iX_p in the code: sXp
 //             2. a_i = iX_p a_p + S_i ddq_i + cj + v_i x vj        the world: v = 0, a = minus_g
 //             3. f_i = I_i a_i + v_i x* I_i v_i - fext_i           fext_i in the body's frame already
 //   finish:   4. torques_i = S_i'f_i
@@ -20,8 +20,9 @@ namespace kinetra {
 
 namespace internal {
 
-/// Steps 1 and 2: v_i and a_i. parent is null for the root, whose parent is the world; that is decided at run time so
-/// that this function can be shared.
+// Nodes of the same types share these functions, because the code of a pass must fit the processor's instruction cache.
+
+/// Steps 1 and 2: v_i and a_i. parent is null for the root, whose parent is the world.
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] std::pair<simd::Motion, simd::Motion> moveWithParent(
     NodeState<Joint, Rotation>& n, const Body* parent, const Eigen::Matrix<float, Joint::dof_number, 1>& ddq) {
@@ -37,7 +38,7 @@ template <typename Joint, typename Rotation>
   return {vi, ai};
 }
 
-/// Step 3: f_i. All nodes share this function, because the code of a pass must fit the processor's instruction cache.
+/// Step 3: f_i
 [[gnu::noinline]] inline void setForce(const simd::Motion& vi, const simd::Motion& ai, const Inertia& inertia,
                                        const Force& fext, Force& f) {
   const simd::Inertia I = load(inertia);
@@ -52,7 +53,7 @@ template <typename Joint, typename Rotation>
 
 }  // namespace internal
 
-/// runs_jcalc: whether the pass runs the joint pass itself. Only the pass that does not is needed and defined.
+/// runs_jcalc: whether this pass runs the joint pass itself. Only `false` is defined.
 template <typename Robot, bool runs_jcalc>
 struct rnea;
 
@@ -93,7 +94,7 @@ struct rnea<Robot, false> {
     }
   };
 
-  /// ddq: nb_dof generalized accelerations. fext: nb_bodies external forces, each on its body in its own frame.
+  /// ddq: nb_dof generalized accelerations. fext: nb_bodies external forces, each in the frame of its body.
   /// torques: nb_dof generalized forces (N, N m). The root's six, of ddq and of torques, are linear, then angular, in
   /// its frame.
   static void run(Robot& robot, const Eigen::Matrix<float, Robot::nb_dof, 1>& ddq, const Force* fext,

@@ -86,7 +86,7 @@ struct TransformT {
   Rotation E;         ///< turns old coordinates into new ones
   Eigen::Vector3f r;  ///< origin of the new frame in old coordinates (m)
 
-  /// The rotation as its kind constructs it (zero, not the identity); r is left unset.
+  /// The rotation as its kind constructs it (a stored matrix: zero, not the identity); r is left unset.
   TransformT() = default;
   TransformT(const Rotation& E_, const Eigen::Vector3f& r_) : E(E_), r(r_) {}
   explicit TransformT(const InRegisters& X) : E(X.E), r(X.r) {}
@@ -100,7 +100,8 @@ struct TransformT {
   Eigen::Vector3f applyToPoint(const Eigen::Vector3f& p) const { return load(*this).applyToPoint(p); }
   Eigen::Vector3f applyInvToPoint(const Eigen::Vector3f& p) const { return load(*this).applyInvToPoint(p); }
 
-  /// Every column of a 6 x n matrix of forces, n fixed or dynamic; F = X.applyInv(F) works in place.
+  /// Every column of a 6 x n matrix of forces, n fixed or dynamic. F = X.applyInv(F) is safe, because the result is a
+  /// copy.
   template <typename Derived>
   Eigen::Matrix<float, 6, Derived::ColsAtCompileTime> applyInv(const Eigen::MatrixBase<Derived>& F) const {
     const InRegisters X = load(*this);

@@ -53,7 +53,7 @@ struct norvaX3 {
   struct Node7  : NamedNode< 7,     6,  12, AboutZ, General>               { static const Placement Xt; };  // LWristYaw
   struct Node8  : NamedNode< 8,     0,  13, AboutZ, General,  9>           { static const Placement Xt; };  // HipRoll
   struct Node9  : NamedNode< 9,     8,  14, AboutZ, General,  10>          { static const Placement Xt; };  // HipPitch
-  struct Node10 : NamedNode<10,     9,  15, AboutZ, Identity>               { static const Placement Xt; };  // KneePitch
+  struct Node10 : NamedNode<10,     9,  15, AboutZ, Identity>              { static const Placement Xt; };  // KneePitch
   struct Node11 : NamedNode<11,     0,  16, AboutZ, General,  12>          { static const Placement Xt; };  // RShoulderPitch
   struct Node12 : NamedNode<12,    11,  17, AboutZ, General,  13>          { static const Placement Xt; };  // RShoulderRoll
   struct Node13 : NamedNode<13,    12,  18, AboutZ, General,  14>          { static const Placement Xt; };  // RElbowYaw
