@@ -11,7 +11,7 @@
 
 namespace lumo {
 
-/// A loaded plug-in. It needs only the C library.
+/// A plug-in, loaded with the C library's dlopen.
 ///
 ///     lumo::Plugin::Object robot = lumo::Plugin("lib/lumo/norvaX3.so").create();
 ///     robot->computeFwdKinematics();

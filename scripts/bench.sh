@@ -2,7 +2,7 @@
 # Times the operations of the plug-in, each as the shortest of many short runs. It prints a table.
 #   scripts/bench.sh                     beside two other libraries; also draws build/bench/performance.svg
 #   scripts/bench.sh --against COMMIT    beside the plug-in of another commit with the same interface
-#   scripts/bench.sh --instructions      counts instructions with callgrind instead, the same in every run
+#   scripts/bench.sh --instructions      counts instructions with callgrind, which are the same in every run
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 

@@ -21,7 +21,7 @@ STATES = 64  # how often a counted loop runs each row
 
 
 def read_times(folder, program):
-    """For each row of a program the shortest time of every round in nanoseconds, and what the program says of itself."""
+    """For each row of a program the shortest time of every round in nanoseconds, and the context that the program reports."""
     rows, context = {}, {}
     files = sorted(folder.glob(f"{program}.*.json"), key=lambda file: int(file.name.split(".")[-2]))
     for file in files:
@@ -93,7 +93,7 @@ def times(folder, picture):
 def against(folder, commit):
     before, _ = read_times(folder, "before")
     now, _ = read_times(folder, "now")
-    rows, spread = [["operation", f"ns, {commit}", "ns, now", "ratio"]], {}
+    rows, spread = [["operation", f"ns, {commit}", "ns, now", f"now / {commit}"]], {}
     for name in now:
         if name == "floor":  # is not taken in the plug-in
             continue

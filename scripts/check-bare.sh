@@ -42,4 +42,4 @@ for command in "${commands[@]}"; do
   bare "$command" >"$scratch/log" 2>&1 || { cat "$scratch/log"; exit 1; }
   echo "  $((SECONDS - seconds)) s"
 done
-echo "A minimal Debian goes through README.md."
+echo "The commands of README.md work in a minimal Debian."

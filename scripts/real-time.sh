@@ -5,7 +5,7 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
 install_missing python3 strace valgrind
-CXX=g++ build release # its table is on record
+CXX=g++ build release # docs/real-time.md has the table for g++
 
 digest=build/release/bin/lumo-digest
 plugin=build/release/lib/lumo/norvaX3.so

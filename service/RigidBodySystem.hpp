@@ -46,8 +46,9 @@ static_assert(std::is_trivially_copyable_v<FloatView> && sizeof(FloatView) == 2 
 /// Only these operations allocate memory: clone, the three get...Vector operations, computePartialComJacobian if the
 /// matrix does not have 21 columns, and getJointAngleId and getBodyId if the name is unknown.
 ///
-/// Only one thread at a time may use an object. All objects share the masses: while setBodyInertia or `create` runs, no
-/// other operation may run on any object.
+/// Only one thread at a time may use an object, except that several threads may call const operations while no thread
+/// calls another one. All objects share the masses: while setBodyInertia or `create` runs, no other operation may run
+/// on any object.
 ///
 /// The order of the declarations must not change, because hosts depend on it.
 class RigidBodySystem {
@@ -142,12 +143,12 @@ class RigidBodySystem {
   // --- Computations ------------------------------------------------------------------------------------------
 
   /// Computes the poses, the centre of mass and the Jacobian in the root's frame from the joint angles. These results
-  /// do not depend on the root's pose. Afterwards computeGeneralizedMass and computePartialComJacobian use the present
-  /// joint angles and root pose.
+  /// do not depend on the root's pose. Later calls of computeGeneralizedMass use the joint angles of this call, and
+  /// those of computePartialComJacobian also its root pose.
   virtual void computeFwdKinematicsExceptRoot() = 0;
   /// Computes the poses and the centre of mass in the world from the root's pose and the results of the last
-  /// computeFwdKinematicsExceptRoot. It is sufficient if only the root has moved. Afterwards computePartialComJacobian
-  /// uses the present root pose.
+  /// computeFwdKinematicsExceptRoot. It is sufficient if only the root has moved. Later calls of
+  /// computePartialComJacobian use the root pose of this call.
   virtual void computeFwdKinematicsOnlyRoot() = 0;
   /// Calls computeFwdKinematicsExceptRoot and then computeFwdKinematicsOnlyRoot.
   virtual void computeFwdKinematics() {
@@ -209,8 +210,9 @@ class RigidBodySystem {
   // --- Inverse dynamics --------------------------------------------------------------------------------------
 
   /// Computes the joint torques that produce the accelerations that were set, at the positions and velocities that were
-  /// set, under gravity and the external wrenches. It needs no earlier computation. Afterwards computeGeneralizedMass
-  /// and computePartialComJacobian use the present joint angles and root pose. Poses and centres of mass do not change.
+  /// set, under gravity and the external wrenches. It needs no earlier computation, and changes no pose or centre
+  /// of mass. Later calls of computeGeneralizedMass use the joint angles of this call, and those of
+  /// computePartialComJacobian also its root pose.
   virtual void computeInverseDynamics() = 0;
   /// Torque of a joint (N m) as of the last computeInverseDynamics.
   virtual float getJointAngleTorque(std::size_t jointAngle) const = 0;

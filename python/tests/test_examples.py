@@ -82,7 +82,7 @@ def test_rotation_is_integrated_to_fourth_order():
     assert np.abs(coarse - exact).max() > 12 * np.abs(fine - exact).max()
 
 
-def test_a_push_is_what_it_adds_to_the_momentum():
+def test_a_push_adds_its_impulse_to_the_momentum():
     robot, root = make_robot()
     impulse = np.array([6, -3, 0])
     v = fall.push(robot, [("Torso", impulse)])
@@ -154,7 +154,7 @@ def test_without_the_module_one_line_says_where_it_was_looked_for(tmp_path):
     assert result.stderr == f"the Python module lumo is missing; lumo can be in {tmp_path}/build/release/python\n"
 
 
-def test_the_same_picture_is_the_same_file_and_shows_the_energies(tmp_path, monkeypatch, capsys):
+def test_the_same_motion_gives_the_same_file_which_shows_the_energies(tmp_path, monkeypatch, capsys):
     def picture(*arguments):
         monkeypatch.setattr(sys, "argv", ["fall.py", "--seconds=0.02", "--svg", str(tmp_path / "a.svg"), *arguments])
         fall.main()

@@ -214,7 +214,7 @@ def test_wrong_arguments_raise_and_change_nothing(robot, name):
     assert np.array_equal(everything(robot), before)
 
 
-def test_names_stand_for_indexes_and_unknown_ones_meet_the_nearest(robot):
+def test_names_can_replace_indexes_and_errors_suggest_the_nearest_name(robot):
     for b in range(16):
         assert robot.getPose(robot.getBodyName(b)).base is robot
         assert np.array_equal(robot.getPose(robot.getBodyName(b)), robot.getPose(b))
@@ -226,7 +226,7 @@ def test_names_stand_for_indexes_and_unknown_ones_meet_the_nearest(robot):
             robot.setJointAnglePos(name, 0)
 
 
-def test_operations_of_nothing_raise():
+def test_operations_raise_without_a_valid_object():
     assert raised_by(lumo.RigidBodySystem) is TypeError
     for nothing, error in ((None, TypeError), (3, TypeError), (lumo.Plugin(), TypeError),
                            (lumo.RigidBodySystem.__new__(lumo.RigidBodySystem), RuntimeError)):
@@ -273,7 +273,7 @@ def test_threads_can_make_the_first_array():
     assert run(code) == (0, "", "")
 
 
-def test_things_go_in_any_order_and_to_the_end_of_the_interpreter():
+def test_objects_can_be_deleted_in_any_order_and_when_the_interpreter_ends():
     code = """if True:
         import gc, itertools, sys
         import lumo

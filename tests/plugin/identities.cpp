@@ -48,12 +48,12 @@ TEST_P(Identities, CentreOfMassMovesWithItsBody) {
   }
 }
 
-TEST_P(Identities, CentreOfMassOfTheRobotIsTheMeanOfItsBodies) {
+TEST_P(Identities, CentreOfMassOfTheRobotIsTheWeightedMeanOfItsBodies) {
   EXPECT_TRUE(near(system->getComPosition(), moment() / mass, 8 * epsilon));
   EXPECT_TRUE(near(root * Vector3d(toDoubles(system->getComPositionInRoot())), moment() / mass, 8 * epsilon));
 }
 
-TEST_P(Identities, PartialCentreOfMassIsTheMeanOfTheOtherBodies) {
+TEST_P(Identities, PartialCentreOfMassIsTheWeightedMeanOfTheOtherBodies) {
   for (Size b = 1; b < nb_bodies; ++b) {
     const Vector3d com = root * Vector3d(toDoubles(system->computePartialComPositionInRoot(b)));
     EXPECT_TRUE(near(com, (moment() - moment(b)) / partialMass(b), 8 * epsilon)) << "without body " << b;

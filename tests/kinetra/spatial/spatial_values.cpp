@@ -65,7 +65,7 @@ TEST(Rotations, TheThirdColumnOfAProductIsTheCrossProductOfTheOthers) {
   EXPECT_TRUE(identical(AB.col(2), AB.col(0).cross(AB.col(1))));
 }
 
-TEST(Rotations, ProductWithAnIdentityIsScaledByTheFactorOfTheIdentity) {
+TEST(Rotations, ProductWithAMultipleOfTheIdentityIsScaledByItsFactor) {
   const RotationMatrixIdentity third(1.0F / 3.0F);
   const Eigen::Matrix3f B = Random(1).matrix<3, 3>();
   EXPECT_TRUE(identical((RotationMatrix(B) * third).matrix(), B * third.k()));

@@ -13,7 +13,7 @@ namespace {
 using namespace lumo::test;
 using kinetra::norvaX3;
 
-TEST(Model, NewRecordHasItsDefaultValues) {
+TEST(Model, NewRobotHasItsDefaultValues) {
   alignas(norvaX3) static unsigned char memory[sizeof(norvaX3)];
   void* (*volatile fill)(void*, int, std::size_t) = std::memset;  // members not set must not be zero
   fill(memory, 0xff, sizeof memory);

@@ -28,7 +28,7 @@ TEST(AccuracyCheck, FailsForNanInAnyEntry) {
 
 TEST(AccuracyCheck, FailsIfNothingWasCompared) { EXPECT_FALSE(oracle::Errors("a kind", 1.0).isAsStated()); }
 
-TEST(AccuracyCheck, FailsIfAZeroEntryIsNotZero) {
+TEST(AccuracyCheck, FailsIfAnEntryOfMagnitudeZeroIsNotZero) {
   oracle::Errors errors("a kind", 1.0);
   errors.add(Vector2f(0x1p-23F, 1e-20F), {Eigen::Vector2d::Zero(), Eigen::Vector2d(1.0, 0.0)});
   EXPECT_FALSE(errors.isAsStated());
