@@ -269,7 +269,6 @@ TEST_P(Dynamics, MassMatrixPassWritesCompositeInertias) {
 
 /// A tree whose branches have branches: 0 (1 (2, 3), 4).
 struct Branching {
-  static constexpr int nb_bodies = 5;
   static constexpr int nb_dof = 10;
   static constexpr std::array<int, 5> parents = {-1, 0, 1, 1, 0};
   static constexpr std::array<int, 5> dof_indexes = {0, 6, 7, 8, 9};
