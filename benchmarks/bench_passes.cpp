@@ -1,5 +1,5 @@
 // Times the operations of a loaded plug-in through the interface, cycling through random states. The row `floor` is the
-// sines and cosines of the 18 angles of one state, which every operation with new joint angles must take. The option
+// sines and cosines of the 18 angles of one state, which every operation that uses new joint angles needs. The option
 // --plugin=FILE names another plug-in with the same interface; all other options are those of rows.hpp.
 
 #include <exception>

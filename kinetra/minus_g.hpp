@@ -5,7 +5,7 @@
 namespace kinetra {
 
 /// The negated acceleration of gravity in a world whose z axis points up (m/s^2). Taken as the acceleration of the
-/// root's parent, it gives every body its weight.
+/// root's parent, it adds the weight to every body.
 inline const Spatial::Motion minus_g({0.0F, 0.0F, 0.0F}, {0.0F, 0.0F, 9.81F});
 
 }  // namespace kinetra

@@ -264,7 +264,7 @@ class Operations : public py::class_<Robot, Self> {
   using class_::class_;
 
   /// Adds an operation of the interface. `parameters` are the names that help() shows, or nullptr if there are
-  /// overloads; then the text starts with its call and a colon. `of` is what an index or a name stands for.
+  /// overloads; then the text starts with its call and a colon. `of` says what an index or a name refers to.
   template <typename Result, typename... Arguments>
   void op(const char* name, const char* parameters, Result (System::*operation)(Arguments...) const, const char* text,
           const Indexed& of = body) {

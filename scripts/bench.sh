@@ -16,12 +16,12 @@ case "$#:${1:-}" in
   1:--instructions) mode=instructions ;;
   2:--against)
     mode=against
-    commit=$(git rev-parse --verify --quiet "$2^{commit}") || refuse "bench.sh: git finds no commit $2 in this repository"
+    commit=$(git rev-parse --verify --quiet "$2^{commit}") || refuse "bench.sh: git finds no commit $2 here"
     ;;
   *) refuse "usage: scripts/bench.sh [--against COMMIT | --instructions]" ;;
 esac
 
-packages=(libbenchmark-dev python3 util-linux git)
+packages=(libbenchmark-dev python3 util-linux)
 [[ $mode != instructions ]] || packages+=(valgrind)
 install_missing "${packages[@]}"
 if [[ $mode != against ]]; then
@@ -69,8 +69,8 @@ case $mode in
     step="building the plug-in of $2"
     mkdir -p "$folder/source"
     git archive "$commit" | tar --extract --directory="$folder/source"
-    cmake --fresh -S "$folder/source" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_COMPILER="$compiler" \
-      -DBUILD_TESTING=OFF
+    cmake --fresh -S "$folder/source" -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF \
+      -DCMAKE_CXX_COMPILER="$compiler"
     cmake --build "$folder" --target lumo_norvaX3
     declare -A plugins=([before]=$folder/lib/lumo/norvaX3.so [now]=$plugin)
     echo "Timing on core $core"

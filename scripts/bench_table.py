@@ -21,7 +21,7 @@ STATES = 64  # how often a counted loop runs each row
 
 
 def read_times(folder, program):
-    """For each row of a program the shortest time of every round in nanoseconds, and the context that the program reports."""
+    """For each row of a program the shortest time (ns) of every round, and the context that the program reports."""
     rows, context = {}, {}
     files = sorted(folder.glob(f"{program}.*.json"), key=lambda file: int(file.name.split(".")[-2]))
     for file in files:

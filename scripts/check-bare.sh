@@ -20,9 +20,11 @@ apt-config dump Acquire >"$scratch/apt.conf" # how this machine reaches them
 
 step="making a minimal Debian"
 # In a mount namespace, so that its mounts end with it even if it is interrupted.
-unshare --mount mmdebstrap --quiet --variant=minbase --aptopt="$scratch/apt.conf" bookworm "$root" "$scratch/sources.list"
+unshare --mount \
+  mmdebstrap --quiet --variant=minbase --aptopt="$scratch/apt.conf" bookworm "$root" "$scratch/sources.list"
 mkdir "$root/root/lumo"
-git ls-files --cached --others --exclude-standard -z | tar --null --files-from=- --create | tar --extract -C "$root/root/lumo"
+git ls-files --cached --others --exclude-standard -z | tar --null --files-from=- --create |
+  tar --extract --directory="$root/root/lumo"
 
 # Runs one command there, with processes and mounts that end with it.
 bare() {

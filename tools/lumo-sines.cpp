@@ -1,5 +1,5 @@
-// lumo-sines: takes the sine and cosine of every float as the system does and compares them with the floats nearest to
-// the true values. The C library's doubles decide which floats those are, MPFR where a double is near the middle of
+// lumo-sines: computes the sine and cosine of every float as the plug-in does and compares them with the floats nearest
+// to the true values. The C library's doubles decide which floats those are, MPFR where a double is near the middle of
 // two.
 
 #include <math.h>  // sincos
@@ -107,7 +107,7 @@ struct Findings {
   }
 };
 
-/// Compares blocks of floats, of which the threads take one after another, until none is left.
+/// Compares one block of floats after another until no thread has a block left.
 Findings compareBlocks(std::atomic<std::uint32_t>& nextBlock) {
   constexpr std::uint32_t blocks = 1U << 15U;  // of half of all floats; the others are their negatives
   constexpr std::uint32_t perBlock = 1U << 16U;

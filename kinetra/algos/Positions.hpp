@@ -8,8 +8,8 @@
 
 namespace kinetra {
 
-/// Generalized positions (m, rad) with the sines and cosines of all angles among them, which are taken at once because
-/// that is faster than one by one. The joint passes take it in place of the plain vector q, to the same bits.
+/// Generalized positions (m, rad) with the sines and cosines of all angles among them, which are computed at once
+/// because that is faster than one by one. The joint passes take it in place of the plain vector q, to the same bits.
 template <typename Robot>
 class Positions {
  public:
@@ -29,7 +29,7 @@ class Positions {
   }
 
  private:
-  // All coordinates are angles but those with which the root's begin, x, y and z.
+  // All coordinates are angles except the first three, the root's x, y and z.
   static constexpr int first_angle = node_t<Robot, 0>::joint_type::first_angle;
   static constexpr int nb_angles = Robot::nb_dof - first_angle;
 

@@ -8,8 +8,8 @@
 // Everything relative to the root: transforms, Jacobian, centre of mass.
 //
 // Reads sXp of every node but the root's (a joint pass for the current angles), iX1[0] (the identity) and the table of
-// inertias. Writes the other entries of iX1, the columns of J behind the root's and comSum; nothing of it depends on
-// the root's pose.
+// inertias. Writes the other entries of iX1, the columns of J after the root's and comSum. None of these
+// results depends on the root's pose.
 //   discover: 1. iX1 = sXp pX1   2. the joint's column of J   3. the body's share of comSum
 
 namespace kinetra {

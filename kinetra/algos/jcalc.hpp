@@ -7,7 +7,7 @@
 #include <kinetra/depth_first_traversal.hpp>
 #include <kinetra/node_list.hpp>
 
-// The joint passes: every node on its own, so any order gives the same results.
+// The joint passes. Each node is computed separately, so the results do not depend on the order of the nodes.
 //
 // Reads q (and dq) of the node, q as a plain vector or as Positions, and its placement Xt. Writes joint.Xj and sXp;
 // JcalcVisitor also joint.vj.

@@ -10,7 +10,7 @@
 //
 // Reads sXp, S, vj and cj of every node, as the last joint pass with velocities left them, the table of inertias and
 // minus_g. Writes vi, ai and f of every node and all of torques. With p the parent of node i:
-//   discover: 1. v_i = iX_p v_p + vj                             iX_p in the code: sXp
+//   discover: 1. v_i = iX_p v_p + vj                          in the code sXp.apply(vi)
 //             2. a_i = iX_p a_p + S_i ddq_i + cj + v_i x vj        the world: v = 0, a = minus_g
 //             3. f_i = I_i a_i + v_i x* I_i v_i - fext_i           fext_i in the body's frame already
 //   finish:   4. torques_i = S_i'f_i

@@ -51,7 +51,7 @@ Vector3 firstMoment(const Inertia& inertia, const Transform& X) {
 }  // namespace simd
 
 /// Spatial inertia of a body, or of several bodies moving as one, in one frame. As a 6 x 6 matrix on motions it is
-/// [[I, h x], [-h x, m 1]]. All ten values zero stand for a body left out. Featherstone 2008, section 2.13.
+/// [[I, h x], [-h x, m 1]]. If all ten values are zero, the body is left out. Featherstone 2008, section 2.13.
 struct Inertia {
   using InRegisters = simd::Inertia;
 
@@ -72,7 +72,7 @@ struct Inertia {
 
 inline Inertia operator+(const Inertia& a, const Inertia& b) { return Inertia(load(a) + load(b)); }
 
-/// The force that gives a body of this inertia an acceleration a, or the momentum of its velocity, in the inertia's
+/// The force that accelerates a body of this inertia by a, or the momentum of its velocity, in the inertia's
 /// frame.
 inline Force operator*(const Inertia& inertia, const Motion& a) { return Force(load(inertia) * load(a)); }
 

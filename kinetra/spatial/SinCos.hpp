@@ -6,8 +6,10 @@
 #include <cstdint>
 #include <cstring>
 
+#include <kinetra/spatial/simd.hpp>
+
 // Sines and cosines of floats: for every float the floats nearest to the true values, and the same on every processor,
-// because they are made of sums and products of IEEE 754 alone. For an angle x below 2^17 rad:
+// because only sums and products of IEEE 754 are used. For an angle x below 2^17 rad:
 //
 // 1. Reduction, |x| = k pi/2 + r. k is |x| 2/pi, rounded; single precision finds it well enough for |r| < 0.8. pi/2 is
 //    P1 + P2 to within 2^-92. P1 has 36 bits and k has 17, so that k P1 and |x| - k P1 are exact. The errors of k P2
@@ -38,7 +40,7 @@ struct SinCos {
 
 namespace sines {
 
-using Float4 = float __attribute__((vector_size(16)));
+using simd::Float4;
 using Bits4 = std::uint32_t __attribute__((vector_size(16)));
 using Double2 = double __attribute__((vector_size(16)));
 using Double4 = double __attribute__((vector_size(32)));  // two registers
@@ -89,10 +91,10 @@ inline float roundedSum(double a, double b) {
 }
 
 /// For angles of 2^17 rad or more: takes k and r from the bits of 2/pi. |x| is m 2^e with a whole number m below 2^24.
-/// All bits of 2/pi that stand for multiples of 2^(2-e) only add whole turns. The next 96 give k mod 4 and, within
+/// All bits of 2/pi that are multiples of 2^(2-e) only add whole turns. The next 96 determine k mod 4 and, within
 /// 2^-70, the fraction r 2/pi; |r| is above 2^-30.
 [[gnu::noinline]] inline SinCos ofBigAngle(float x) {
-  static constexpr std::uint64_t twoByPi[] = {0,  // before the point, then 256 bits behind it
+  static constexpr std::uint64_t twoByPi[] = {0,  // before the point, then 256 bits after it
                                               0xa2f9836e4e441529U, 0xfc2757d1f534ddc0U,  //
                                               0xdb6295993c439041U, 0xfe5163abdebbc561U};
   std::uint32_t bits;
@@ -109,7 +111,7 @@ inline float roundedSum(double a, double b) {
   const auto k = static_cast<std::uint32_t>((high + (1ULL << 61U)) >> 62U);
 
   // The fraction is (a + b) 2^-32, with a whole number a from -2^31 to 2^31 and b from 0 to 1. Because a P1 is exact, r
-  // is rounded but once.
+  // is rounded only once.
   const auto a = static_cast<double>(static_cast<std::int32_t>(static_cast<std::uint32_t>(high >> 30U)));
   const auto b = static_cast<double>((high << 34U) | ((low & 0xffffffffU) << 2U)) * 0x1p-64;
   constexpr double P1 = 0x1.921fbp-32;
@@ -140,13 +142,13 @@ inline float roundedSum(double a, double b) {
 
 }  // namespace sines
 
-/// The sines and cosines of n angles that stand side by side; n is 1, 3 or an even number from 4 on. The work is the
-/// same for all angles below 2^17 rad (131072). One that is not, or is NaN, sends all n another way, one by one.
+/// The sines and cosines of n consecutive angles; n is 1, 3 or an even number from 4 on. The work is the
+/// same for all angles below 2^17 rad (131072). If one of them is larger or NaN, all n are computed one by one.
 template <int n>
 std::array<SinCos, n> sinCos(const float* angles) {
   using namespace sines;
   static_assert(n == 1 || n == 3 || (n >= 4 && n % 2 == 0));
-  // Angles are taken in groups of four. The last group starts early where n is no multiple of four, and computes a pair
+  // Angles are taken in groups of four. The last group starts early if n is not a multiple of four, and computes a pair
   // of angles again. Each step is a loop of its own, so that the processor can work on many angles at once; unrolled,
   // the loops would be four times the code and no faster.
   constexpr int groups = (n + 3) / 4;

@@ -25,12 +25,12 @@ class Vector3 {
 
   /// Reads and writes exactly three floats: x and y as one word, then z. x y . . | z . . . -> x y z .
   static Vector3 load(const float* p) { return Vector3(shuffle<0, 1, 4, 5>(load2(p), Float4{p[2], 0.0F, 0.0F, 0.0F})); }
-  /// Reads four floats from one float earlier. . x y z -> x y z .
-  static Vector3 loadLast(const float* p) { return Vector3(shuffle<1, 2, 3, 0>(load4(p - 1))); }
   void store(float* p) const {
     store2(lanes_, p);
     p[2] = lanes_[2];
   }
+  /// Reads four floats from one float earlier. . x y z -> x y z .
+  static Vector3 loadLast(const float* p) { return Vector3(shuffle<1, 2, 3, 0>(load4(p - 1))); }
 
   Float4 lanes() const { return lanes_; }
   float operator[](int i) const { return lanes_[i]; }

@@ -9,8 +9,8 @@
 // of four floats, the two small rotations take plain floats. An operation of a stored type loads, applies a formula and
 // stores. load(x) returns the form simd::T of a stored value x, store(y, x) writes it back.
 //
-// A pass loads, computes in registers and stores once. The same formulas chained on stored values give the same bits,
-// but go through memory: inverse dynamics takes 12 % longer.
+// A pass loads, computes in registers and stores once. The same formulas chained on stored values have the same results
+// to the bit, but go through memory: inverse dynamics takes 12 % longer.
 //
 // Every operation of a lane rounds once, in the order written, so that results depend neither on the compiler nor on
 // the processor.

@@ -2,8 +2,8 @@
 
 #include <kinetra/minus_g.hpp>  // set before the numbers below
 
-// The robot's numbers: metres, kilograms, radians, each decimal the shortest that gives its float exactly. They are set
-// in the order in which they stand here, when the plug-in is loaded.
+// The robot's numbers: metres, kilograms, radians, each decimal the shortest that is read as exactly its float. They
+// are set in this order when the plug-in is loaded.
 
 namespace kinetra {
 
@@ -27,7 +27,7 @@ Inertia inertia(float m, const Vector3f& h, const std::array<float, 6>& I) {
 
 // Joint placements: the rotation E row by row, then r, the joint frame's origin in the parent's frame. Row 2 of E is
 // the joint's axis in the parent's frame; where there is no rotation, it is the parent's z axis. The elbow yaws'
-// rotations are 8e-7 off orthonormal and are used as they stand.
+// rotations are 8e-7 off orthonormal and are used without a correction.
 //
 // clang-format off
 //                                        E row 0     E row 1                     E row 2                      r

@@ -88,7 +88,7 @@ TEST(Allocation, HappensOnlyInDocumentedOperations) {
 }
 
 /// Lets each allocation of a call fail, alone and then together with all that follow it, and returns the number of
-/// allocations. Each time the call must throw std::bad_alloc, leave no block behind and leave the object as it was.
+/// allocations. Each time the call must throw std::bad_alloc, leak no block and leave the object as it was.
 template <class Call, class Check>
 std::size_t failedIn(Host& object, const Call& call, const Check& check) {
   const Answers expected = answers(object);
