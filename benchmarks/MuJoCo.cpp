@@ -11,11 +11,11 @@
 #include <benchmarks/Peer.hpp>
 #include <benchmarks/rows.hpp>
 #include <kinetra/minus_g.hpp>
-#include <tools/accuracy/BodyData.hpp>
+#include <tools/reference/BodyData.hpp>
 
 namespace {
 
-using oracle::BodyData;
+using reference::BodyData;
 
 template <typename Vector>
 std::string list(const Vector& values) {
@@ -84,19 +84,19 @@ class MuJoCo : public lumo::Peer {
         fmt::format(R"(<mujoco><compiler angle="radian" inertiafromgeom="false" balanceinertia="false" boundmass="0" )"
                     R"(boundinertia="0"/><option gravity="{}"><flag contact="disable"/></option>)"
                     R"(<worldbody>{}</worldbody></mujoco>)",
-                    list(g), bodyXml(oracle::readBodies(), 0)));
+                    list(g), bodyXml(reference::readBodies(), 0)));
     data_.reset(mj_makeData(model_.get()));
-    for (const lumo::State& x : lumo::states()) inputs_.emplace_back(x);
+    for (const lumo::RandomState& x : lumo::states()) inputs_.emplace_back(x);
   }
 
   std::string version() const override { return mj_versionString(); }
   bool floats() const override { return true; }
   double mass() const override { return model_->body_subtreemass[1]; }
-  Eigen::Vector3d com(const lumo::State& x) override {
+  Eigen::Vector3d com(const lumo::RandomState& x) override {
     computeFwdKinematics(Inputs(x));
     return Eigen::Vector3d::Map(data_->subtree_com + 3);
   }
-  Eigen::VectorXd torques(const lumo::State& x) override {
+  Eigen::VectorXd torques(const lumo::RandomState& x) override {
     computeInverseDynamics(Inputs(x));
     return Eigen::VectorXd(forces_.tail<15>());
   }
@@ -124,7 +124,7 @@ class MuJoCo : public lumo::Peer {
   /// A state as MuJoCo represents it: the root's linear velocity is in world axes, its angular velocity in body axes,
   /// and its acceleration is the derivative of these.
   struct Inputs {
-    explicit Inputs(const lumo::State& x) {
+    explicit Inputs(const lumo::RandomState& x) {
       const Eigen::Array<double, 21, 1> q = x.q.cast<double>();
       const Eigen::Matrix3d R =
           (Eigen::AngleAxisd(q[5], Eigen::Vector3d::UnitZ()) * Eigen::AngleAxisd(q[4], Eigen::Vector3d::UnitY()) *

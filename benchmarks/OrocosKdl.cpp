@@ -8,7 +8,7 @@
 #include <benchmarks/Peer.hpp>
 #include <benchmarks/rows.hpp>
 #include <kinetra/minus_g.hpp>
-#include <tools/accuracy/BodyData.hpp>
+#include <tools/reference/BodyData.hpp>
 
 namespace {
 
@@ -17,9 +17,9 @@ KDL::Rotation rotation(const Eigen::Matrix3d& R) {
   return {R(0, 0), R(0, 1), R(0, 2), R(1, 0), R(1, 1), R(1, 2), R(2, 0), R(2, 1), R(2, 2)};
 }
 
-KDL::Tree makeTree(const std::vector<oracle::BodyData>& bodies) {
+KDL::Tree makeTree(const std::vector<reference::BodyData>& bodies) {
   KDL::Tree tree("world");
-  for (const oracle::BodyData& body : bodies) {
+  for (const reference::BodyData& body : bodies) {
     const Eigen::Matrix3d& I = body.inertia;
     const KDL::RotationalInertia aboutCom(I(0, 0), I(1, 1), I(2, 2), I(0, 1), I(0, 2), I(1, 2));
     const KDL::RigidBodyInertia inertia(body.mass, vector(body.com), aboutCom);
@@ -39,7 +39,7 @@ KDL::Tree makeTree(const std::vector<oracle::BodyData>& bodies) {
 class OrocosKdl : public lumo::Peer {
  public:
   OrocosKdl() {
-    for (const lumo::State& x : lumo::states()) inputs_.emplace_back(x);
+    for (const lumo::RandomState& x : lumo::states()) inputs_.emplace_back(x);
   }
 
   std::string version() const override { return KDL_VERSION_STRING; }
@@ -49,7 +49,7 @@ class OrocosKdl : public lumo::Peer {
     for (const auto& [name, element] : tree_.getSegments()) sum += element.segment.getInertia().getMass();
     return sum;
   }
-  Eigen::Vector3d com(const lumo::State& x) override {
+  Eigen::Vector3d com(const lumo::RandomState& x) override {
     computeFwdKinematics(Inputs(x));
     KDL::Vector sum = KDL::Vector::Zero();
     for (std::size_t b = 0; b < bodies_.size(); ++b) {
@@ -58,7 +58,7 @@ class OrocosKdl : public lumo::Peer {
     }
     return Eigen::Vector3d::Map(sum.data) / mass();
   }
-  Eigen::VectorXd torques(const lumo::State& x) override {
+  Eigen::VectorXd torques(const lumo::RandomState& x) override {
     computeInverseDynamics(Inputs(x));
     return torques_.data;
   }
@@ -72,7 +72,7 @@ class OrocosKdl : public lumo::Peer {
 
  private:
   struct Inputs {
-    explicit Inputs(const lumo::State& x) : q(15), dq(15), ddq(15) {
+    explicit Inputs(const lumo::RandomState& x) : q(15), dq(15), ddq(15) {
       q.data = x.q.tail<15>().cast<double>();
       dq.data = x.dq.tail<15>().cast<double>();
       ddq.data = x.ddq.tail<15>().cast<double>();
@@ -90,7 +90,7 @@ class OrocosKdl : public lumo::Peer {
   }
   [[noreturn]] static void fail() { throw std::runtime_error("Orocos KDL reports an error"); }
 
-  const std::vector<oracle::BodyData> bodies_ = oracle::readBodies();
+  const std::vector<reference::BodyData> bodies_ = reference::readBodies();
   const KDL::Tree tree_ = makeTree(bodies_);
   KDL::TreeFkSolverPos_recursive kinematics_{tree_};
   KDL::TreeIdSolver_RNE dynamics_{tree_, vector(-kinetra::minus_g.linear().cast<double>())};

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <tools/State.hpp>
+#include <tools/RandomState.hpp>
 
 namespace lumo {
 
@@ -20,9 +20,9 @@ class Peer {
 
   virtual double mass() const = 0;
   /// Centre of mass of the whole robot in the world (m).
-  virtual Eigen::Vector3d com(const State& x) = 0;
+  virtual Eigen::Vector3d com(const RandomState& x) = 0;
   /// The 15 joint torques of inverse dynamics under gravity (N m).
-  virtual Eigen::VectorXd torques(const State& x) = 0;
+  virtual Eigen::VectorXd torques(const RandomState& x) = 0;
 
   /// Adds a row for each operation of the plug-in that the library has too. The name of a row is NAME/OPERATION. The
   /// peer must live as long as the rows.

@@ -13,7 +13,7 @@
 
 namespace {
 
-using lumo::State;
+using lumo::RandomState;
 using Robot = lumo::RigidBodySystem;
 using Jacobian = Eigen::Matrix<float, 3, Eigen::Dynamic>;
 
@@ -65,32 +65,32 @@ int main(int argc, char** argv) {
       }
     };
   });
-  add("computeFwdKinematics", [](Robot& robot, const State& x, Jacobian&) {
+  add("computeFwdKinematics", [](Robot& robot, const RandomState& x, Jacobian&) {
     robot.setJointAnglesPos(x.q.tail<15>());
     robot.computeFwdKinematics();
   });
-  add("computeFwdKinematicsExceptRoot", [](Robot& robot, const State& x, Jacobian&) {
+  add("computeFwdKinematicsExceptRoot", [](Robot& robot, const RandomState& x, Jacobian&) {
     robot.setJointAnglesPos(x.q.tail<15>());
     robot.computeFwdKinematicsExceptRoot();
   });
   add("computeFwdKinematicsOnlyRoot",
-      [](Robot& robot, const State&, Jacobian&) { robot.computeFwdKinematicsOnlyRoot(); });
-  add("computeGeneralizedMass", [](Robot& robot, const State&, Jacobian&) { robot.computeGeneralizedMass(); });
-  add("kinematicsAndMass", [](Robot& robot, const State& x, Jacobian&) {
+      [](Robot& robot, const RandomState&, Jacobian&) { robot.computeFwdKinematicsOnlyRoot(); });
+  add("computeGeneralizedMass", [](Robot& robot, const RandomState&, Jacobian&) { robot.computeGeneralizedMass(); });
+  add("kinematicsAndMass", [](Robot& robot, const RandomState& x, Jacobian&) {
     robot.setJointAnglesPos(x.q.tail<15>());
     robot.computeFwdKinematics();
     robot.computeGeneralizedMass();
   });
-  add("computeInverseDynamics", [](Robot& robot, const State& x, Jacobian&) {
+  add("computeInverseDynamics", [](Robot& robot, const RandomState& x, Jacobian&) {
     robot.setJointAnglesPos(x.q.tail<15>());
     robot.computeInverseDynamics();
   });
   add("computePartialComJacobian",
-      [](Robot& robot, const State&, Jacobian& J) { robot.computePartialComJacobian(3, J); });
-  add("computePartialComPositionInRoot", [](Robot& robot, const State&, Jacobian&) {
+      [](Robot& robot, const RandomState&, Jacobian& J) { robot.computePartialComJacobian(3, J); });
+  add("computePartialComPositionInRoot", [](Robot& robot, const RandomState&, Jacobian&) {
     benchmark::DoNotOptimize(robot.computePartialComPositionInRoot(3));
   });
-  add("controlCycle", [](Robot& robot, const State& x, Jacobian&) {
+  add("controlCycle", [](Robot& robot, const RandomState& x, Jacobian&) {
     x.set(robot);
     robot.computeFwdKinematics();
     robot.computeGeneralizedMass();

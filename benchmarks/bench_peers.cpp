@@ -20,16 +20,16 @@
 
 namespace {
 
-using lumo::State;
+using lumo::RandomState;
 
 /// The state without any motion.
-State atRest(State x) {
+RandomState atRest(RandomState x) {
   x.dq = 0.0F;
   x.ddq = 0.0F;
   return x;
 }
 /// The state with the root at rest at the world's origin.
-State withFixedRoot(State x) {
+RandomState withFixedRoot(RandomState x) {
   x.q.head<6>() = 0.0F;
   x.dq.head<6>() = 0.0F;
   x.ddq.head<6>() = 0.0F;
@@ -44,12 +44,12 @@ class Agreement {
     lumo::KinetraRigidBodySystem<kinetra::norvaX3> ours;
     compare("mass", Eigen::VectorXd::Constant(1, static_cast<double>(ours.getMass())),
             Eigen::VectorXd::Constant(1, theirs.mass()));
-    for (const State& original : lumo::states()) {
-      const State x = theirs.floats() ? original : withFixedRoot(original);
+    for (const RandomState& original : lumo::states()) {
+      const RandomState x = theirs.floats() ? original : withFixedRoot(original);
       x.set(ours);
       ours.computeFwdKinematics();
       compare("centre of mass", lumo::toMatrix(ours.getComPosition()).cast<double>(), theirs.com(x));
-      for (const State& y : {atRest(x), x}) {
+      for (const RandomState& y : {atRest(x), x}) {
         y.set(ours);
         ours.computeInverseDynamics();
         compare(y.dq.isZero() ? "gravity torque" : "torque", lumo::toMatrix(ours.getJointAnglesTorque()).cast<double>(),

@@ -32,9 +32,9 @@ void countInstructions(const std::function<void()>& loop) { lumo_countedLoop(loo
 
 }  // namespace internal
 
-const std::vector<State>& states() {
-  static const std::vector<State> all = [] {
-    std::vector<State> result;
+const std::vector<RandomState>& states() {
+  static const std::vector<RandomState> all = [] {
+    std::vector<RandomState> result;
     for (std::size_t i = 0; i < nb_states; ++i) result.emplace_back(i);
     return result;
   }();

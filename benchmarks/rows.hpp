@@ -8,7 +8,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include <tools/State.hpp>
+#include <tools/RandomState.hpp>
 
 // The rows of a benchmark program. Each row does its work in the same states, and is timed or has its instructions
 // counted.
@@ -16,7 +16,7 @@
 namespace lumo {
 
 inline constexpr std::size_t nb_states = 64;
-const std::vector<State>& states();
+const std::vector<RandomState>& states();
 
 namespace internal {
 

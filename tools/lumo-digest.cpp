@@ -10,7 +10,7 @@
 #include <fmt/format.h>
 
 #include <host/Plugin.hpp>
-#include <tools/State.hpp>
+#include <tools/RandomState.hpp>
 #include <tools/program.hpp>
 #include <tools/toFloats.hpp>
 
@@ -42,7 +42,7 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float sca
   Eigen::Matrix<float, 3, Eigen::Dynamic> J;
   const std::size_t bodies = robot.getNbBodies();
   for (std::uint64_t seed = 0; seed < states; ++seed) {
-    const lumo::State state(seed, scale);
+    const lumo::RandomState state(seed, scale);
     state.set(robot);
     state.setWrenches(robot);
     root.add(robot.getRootPose());
@@ -68,7 +68,7 @@ std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float sca
   // This part comes last, because it replaces the inertias of the bodies for the whole process.
   Hash otherInertias;
   for (std::uint64_t seed = 0; seed < states / 10; ++seed) {
-    const lumo::State state(seed, scale);
+    const lumo::RandomState state(seed, scale);
     const float* x = state.ddq.data();
     const Eigen::Matrix3f inertia = Eigen::Matrix3f::Map(x + 4) * 0.0001F;
     const OX::Math::Position3D com(0.01F * x[1], 0.01F * x[2], 0.01F * x[3]);

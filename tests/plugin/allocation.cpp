@@ -61,7 +61,7 @@ std::size_t allocationsIn(const Call& call) {
 
 TEST(Allocation, HappensOnlyInDocumentedOperations) {
   const auto object = create(lumo::Plugin(LUMO_PLUGIN));
-  const State x(40);
+  const RandomState x(40);
   const std::string name = "RShoulderPitch";
   Jacobian J(3, 21);
   const auto setters = [&, &s = *object] {
@@ -123,7 +123,7 @@ struct AllocationFailure : testing::Test {
   const lumo::Plugin plugin{LUMO_PLUGIN};
   const Object object = create(plugin);
   AllocationFailure() {
-    set(*object, State(41));
+    set(*object, RandomState(41));
     compute(*object);
   }
 };
@@ -155,7 +155,7 @@ bool isLoaded() {
 }
 
 TEST(Unloading, FreesAllMemory) {
-  const State x(42);
+  const RandomState x(42);
   std::size_t before = 0;
   for (int cycle = 0; cycle < 1000; ++cycle) {
     {

@@ -9,7 +9,7 @@ namespace {
 using namespace lumo::test;
 
 TEST(Contract, AHostCanUseItsOwnDeclarationOfTheInterface) {
-  const auto system = computed(State(6));
+  const auto system = computed(RandomState(6));
   const auto& ours = *reinterpret_cast<const lumo::RigidBodySystem*>(system.get());  // every query is a const operation
   EXPECT_TRUE(identical(queries(ours), queries(*system)));
   EXPECT_TRUE(identical(ours.clone()->getRootPose(), system->getRootPose()));
@@ -99,7 +99,7 @@ TEST(Contract, SizesAndTablesDescribeTheTree) {
 
 TEST(Contract, RootInputsAreReturnedUpToRounding) {
   const auto system = create();
-  const Transform mine = State(1).rootPose(), &root = system->getRootPose();
+  const Transform mine = RandomState(1).rootPose(), &root = system->getRootPose();
   system->setRootPose(mine);
   system->setRootVelocity(Velocity6D(1, 2, 3, 4, 5, 6));
   system->setRootAcceleration(Velocity6D(7, 8, 9, 10, 11, 12));
@@ -145,7 +145,7 @@ TEST(Contract, JointInputsAreReturnedExactly) {
 }
 
 TEST(Contract, SingleTorquesEqualThoseInTheView) {
-  const auto system = computed(State(2));
+  const auto system = computed(RandomState(2));
   const View torques = system->getJointAnglesTorque();
   for (Size k = 0; k < nb_joint_angles; ++k) {
     EXPECT_TRUE(identical(system->getJointAngleTorque(k), torques[k])) << "joint angle " << k;
@@ -162,8 +162,8 @@ std::string changes(const Answers& before, const Answers& after) {
 }
 
 TEST(Contract, PoseFromSetPoseLastsUntilOnlyRootAndIsUsedByNoComputation) {
-  const auto system = computed(State(3));
-  const Transform mine = State(4).rootPose();
+  const auto system = computed(RandomState(3));
+  const Transform mine = RandomState(4).rootPose();
   system->computeFwdKinematics();
   const Answers before = answers(*system);
   system->setPose(3, mine);
@@ -178,8 +178,8 @@ TEST(Contract, PoseFromSetPoseLastsUntilOnlyRootAndIsUsedByNoComputation) {
 }
 
 TEST(Contract, NoComputationReadsOrWritesTheVolatilePose) {
-  const auto system = computed(State(3));
-  const Transform mine = State(4).rootPose();
+  const auto system = computed(RandomState(3));
+  const Transform mine = RandomState(4).rootPose();
   const Answers before = answers(*system);
   system->setVolatilePose(0, mine);
   compute(*system);
@@ -188,15 +188,15 @@ TEST(Contract, NoComputationReadsOrWritesTheVolatilePose) {
 }
 
 TEST(Contract, CloneReturnsTheSameResultsIncludingOldOnes) {
-  const auto source = computed(State(8));
-  set(*source, State(7));
-  source->setVolatilePose(0, State(9).rootPose());
+  const auto source = computed(RandomState(8));
+  set(*source, RandomState(7));
+  source->setVolatilePose(0, RandomState(9).rootPose());
   source->computeFwdKinematicsExceptRoot();
   EXPECT_TRUE(identical(answers(*source->clone()), answers(*source)));
 }
 
 TEST(Contract, ObjectsAndClonesShareNoState) {
-  const State x(7), other(8);
+  const RandomState x(7), other(8);
   const auto source = computed(other), reference = computed(x);
   const Answers untouched = answers(*source);
   const auto clone = source->clone();
@@ -211,7 +211,7 @@ TEST(Contract, ObjectsAndClonesShareNoState) {
 }
 
 TEST(Contract, InvalidBodyIndexMeansTheWholeRobot) {
-  const auto system = computed(State(12));
+  const auto system = computed(RandomState(12));
   for (const Size none : {Size{16}, (Size{1} << 32) + 3, SIZE_MAX}) {
     Jacobian J = Jacobian::Constant(3, 5, 7);
     system->computePartialComJacobian(none, J);
@@ -223,11 +223,11 @@ TEST(Contract, InvalidBodyIndexMeansTheWholeRobot) {
 }
 
 TEST(Contract, PoseOfTheLargestIndexIsTheIdentity) {
-  EXPECT_TRUE(identical(frame(computed(State(12))->getPose(SIZE_MAX)).matrix(), Eigen::Matrix4d::Identity()));
+  EXPECT_TRUE(identical(frame(computed(RandomState(12))->getPose(SIZE_MAX)).matrix(), Eigen::Matrix4d::Identity()));
 }
 
 TEST(Contract, PartialJacobianResizesTheMatrixOnlyIfNeeded) {
-  const auto system = computed(State(12));
+  const auto system = computed(RandomState(12));
   Jacobian J = Jacobian::Constant(3, 5, 7);
   system->computePartialComJacobian(15, J);
   const Jacobian expected = J;

@@ -50,7 +50,7 @@ const std::map<std::string, MatrixXd (*)(Host&)> results = {
      }},
 };
 
-const State before(2), after(3);
+const RandomState before(2), after(3);
 
 const std::map<std::string, void (*)(Host&)> operations = {
     {"setRootPose", [](Host& s) { s.setRootPose(after.rootPose()); }},

@@ -8,7 +8,7 @@ using namespace lumo::test;
 using Eigen::MatrixXd, Eigen::Vector3d, Eigen::VectorXd;
 
 struct Identities : testing::TestWithParam<unsigned> {
-  const State x{GetParam(), 0.3F};
+  const RandomState x{GetParam(), 0.3F};
   const Object system = computed(x);
   const Eigen::Affine3d root = frame(system->getRootPose());
   const MatrixXd H = toDoubles(system->getGeneralizedMass()), J = toDoubles(system->getJacobianInRoot());
@@ -77,7 +77,7 @@ TEST_P(Identities, SumOfThePartialJacobiansIs15TimesTheMomentumRowsOfTheMassMatr
 TEST_P(Identities, TorquesAtRestAreTheSumOfInertiaWeightAndWrenches) {
   VectorXd expected = H * x.ddq.matrix().cast<double>() + 9.81 * (root.linear() * H.topRows(3)).row(2).transpose();
   const Table parents = system->getParentsVector();
-  const Transform tool = State(GetParam() + 50).rootPose(), own;
+  const Transform tool = RandomState(GetParam() + 50).rootPose(), own;
   for (Size b = 0; b < nb_bodies; ++b) {
     const bool inTool = b % 2 != 0;  // every other wrench is given in a frame of its own
     if (inTool) system->setExternalWrench(b, x.wrenches[b], tool);

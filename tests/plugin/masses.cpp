@@ -42,7 +42,7 @@ TEST_F(Masses, AreAddedUpAgainForANewObjectButNotForAClone) {
 }
 
 TEST_F(Masses, InertiaIsReadFromTheLowerTriangleAndMovedToTheOriginOfTheBody) {
-  set(*system, State(20));
+  set(*system, RandomState(20));
   system->setBodyInertia(0, 0, com, none);
   compute(*system);
   const Eigen::MatrixXf without = system->getGeneralizedMass();
@@ -56,7 +56,7 @@ TEST_F(Masses, InertiaIsReadFromTheLowerTriangleAndMovedToTheOriginOfTheBody) {
 }
 
 TEST_F(Masses, ZeroMassMakesItsCentresOfMassNan) {
-  set(*system, State(21));
+  set(*system, RandomState(21));
   compute(*system);
   const Position3D others = system->computePartialComPositionInRoot(7);
   system->setBodyInertia(7, 0, com, none);

@@ -11,7 +11,7 @@
 #include <tests/plugin/Host.hpp>
 #include <tests/plugin/answers.hpp>
 #include <tests/support/matchers.hpp>
-#include <tools/State.hpp>
+#include <tools/RandomState.hpp>
 #include <tools/toFloats.hpp>
 
 // Helpers for the tests of the loaded plug-in. They make host values with the operations that the plug-in needs, and
@@ -23,7 +23,7 @@ constexpr Size nb_bodies = 16, nb_joint_angles = 15;
 constexpr double epsilon = 0x1p-23;
 
 using Object = std::shared_ptr<Host>;
-using lumo::State;
+using lumo::RandomState;
 
 inline Object create(const Plugin& plugin) {
   const std::shared_ptr<RigidBodySystem> object = plugin.create();
@@ -41,7 +41,7 @@ inline Eigen::Affine3d frame(const Transform& pose) {
   return result;
 }
 
-inline void set(Host& system, const State& x) {
+inline void set(Host& system, const RandomState& x) {
   x.set(system);
   x.setWrenches(system);
 }
@@ -50,7 +50,7 @@ inline void compute(Host& system) {
   system.computeGeneralizedMass();
   system.computeInverseDynamics();
 }
-inline Object computed(const State& x) {
+inline Object computed(const RandomState& x) {
   Object system = create();
   set(*system, x);
   compute(*system);

@@ -11,7 +11,7 @@ using namespace lumo::test;
 Answers work(Host& system, unsigned seed) {
   Answers all;
   for (unsigned i = 0; i < 20; ++i) {
-    set(system, State(100 * seed + i));
+    set(system, RandomState(100 * seed + i));
     const auto clone = system.clone();
     compute(system);
     for (const Answers& more : {answers(system), answers(*clone)}) all.insert(all.end(), more.begin(), more.end());

@@ -7,8 +7,8 @@
 
 #include <models/norvaX3/norvaX3.hpp>
 #include <tests/support/Random.hpp>
-#include <tools/State.hpp>
-#include <tools/accuracy/WholeRobot.hpp>
+#include <tools/RandomState.hpp>
+#include <tools/reference/Robot.hpp>
 
 namespace lumo::test {
 
@@ -49,9 +49,9 @@ struct Scenario {
 
   const decltype(kinetra::norvaX3::inertias) own = kinetra::norvaX3::inertias;
   const testing::ScopedTrace trace;
-  const State state;
+  const RandomState state;
   const Vector21 q = state.q, dq = state.dq, ddq = state.ddq;
-  const std::array<kinetra::Spatial::Force, 16> fext = oracle::toForces(state.wrenches);
+  const std::array<kinetra::Spatial::Force, 16> fext = reference::toForces(state.wrenches);
 };
 
 }  // namespace lumo::test

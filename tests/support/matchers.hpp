@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <tests/support/toDoubles.hpp>
-#include <tools/accuracy/Estimate.hpp>
+#include <tools/reference/WithMagnitude.hpp>
 
 namespace lumo::test {
 
@@ -44,7 +44,7 @@ testing::AssertionResult near(const Actual& actual, const Expected& expected, do
 
 /// Accepts an error of k float epsilons of the magnitude of each entry.
 template <class Actual>
-testing::AssertionResult near(const Actual& actual, const oracle::Estimate& expected, double k) {
+testing::AssertionResult near(const Actual& actual, const reference::WithMagnitude& expected, double k) {
   return compare(toDoubles(actual), expected.value, k * 0x1p-23 * expected.magnitude);
 }
 

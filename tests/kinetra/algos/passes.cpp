@@ -9,7 +9,7 @@
 #include <service/fwd_kin_H01_from_iX1.hpp>
 #include <tests/support/Scenario.hpp>
 #include <tests/support/matchers.hpp>
-#include <tools/accuracy/WholeRobot.hpp>
+#include <tools/reference/Robot.hpp>
 
 namespace {
 
@@ -104,7 +104,7 @@ TEST_F(Jcalc, WritesOnlyTransformsAndVelocities) {
 /// All results of the kinematics, which are NaN before, and the reference.
 struct Kinematics : testing::TestWithParam<unsigned> {
   const Scenario s{GetParam()};
-  const oracle::WholeRobot expected{s.q};
+  const reference::Robot expected{s.q};
   norvaX3 robot;
   std::array<lumo::SpatialTransform, 16> iX1;
   Eigen::Matrix<float, 6, Eigen::Dynamic> J = Eigen::Matrix<float, 6, 21>::Constant(nan_f);
@@ -204,7 +204,7 @@ struct Dynamics : testing::TestWithParam<unsigned> {
   static constexpr float untouched = -7.0F;
 
   const Scenario s{GetParam()};
-  const oracle::WholeRobot whole{s.q, s.dq, s.ddq, s.fext.data()};
+  const reference::Robot whole{s.q, s.dq, s.ddq, s.fext.data()};
   norvaX3 robot;
 
   Dynamics() {
@@ -215,8 +215,8 @@ struct Dynamics : testing::TestWithParam<unsigned> {
   }
 
   /// The reference for a mass matrix in which the pass does not write the entries between two branches.
-  oracle::Estimate massMatrix(int excluded) const {
-    oracle::Estimate H = whole.massMatrix(excluded);
+  reference::WithMagnitude massMatrix(int excluded) const {
+    reference::WithMagnitude H = whole.massMatrix(excluded);
     const Eigen::Array<bool, 21, 21> apart = whole.massMatrix().magnitude.array() == 0.0;
     H.value = apart.select(static_cast<double>(untouched), H.value);
     return H;
@@ -293,7 +293,7 @@ TEST_P(Dynamics, TorquesFromAccelerationsEqualMassMatrixTimesAccelerations) {
   const Eigen::MatrixXf H = crba();
   const Vector21 inertial = (H.array() == untouched).select(0.0F, H) * s.ddq;
   const Vector21 added = rnea(s.ddq) - rnea(Vector21::Zero());
-  EXPECT_TRUE(near(added, oracle::Estimate{inertial.cast<double>(), whole.torques().magnitude}, 4));
+  EXPECT_TRUE(near(added, reference::WithMagnitude{inertial.cast<double>(), whole.torques().magnitude}, 4));
 }
 
 TEST_P(Dynamics, VelocityProductAccelerationOfAJointIsAddedToThatOfItsBody) {

@@ -5,7 +5,7 @@
 #include <kinetra/spatial/Transform.hpp>
 #include <tests/support/Random.hpp>
 #include <tests/support/matchers.hpp>
-#include <tools/accuracy/BodyData.hpp>
+#include <tools/reference/BodyData.hpp>
 
 // Compares the spatial value types with the 6 x 6 matrices that define them, in double precision.
 
@@ -29,7 +29,7 @@ Matrix6d onMotions(const TransformT<Rotation>& X) {
 }
 Matrix6d matrix(const Inertia& body) {
   const Eigen::Matrix3d m = static_cast<double>(body.m) * Eigen::Matrix3d::Identity();
-  return (Matrix6d() << oracle::rotationalInertia(body), skew(body.h), -skew(body.h), m).finished();
+  return (Matrix6d() << reference::rotationalInertia(body), skew(body.h), -skew(body.h), m).finished();
 }
 
 template <typename Rotation>

@@ -5,8 +5,8 @@
 
 #include <tests/support/Scenario.hpp>
 #include <tests/support/matchers.hpp>
-#include <tools/accuracy/BodyData.hpp>
-#include <tools/accuracy/WholeRobot.hpp>
+#include <tools/reference/BodyData.hpp>
+#include <tools/reference/Robot.hpp>
 
 namespace {
 
@@ -36,7 +36,7 @@ TEST(Model, EveryBodyIsNearlyAPointMass) {
     const auto& body = norvaX3::inertias[b];
     const Eigen::Vector3d h = body.h.cast<double>();
     const Eigen::Matrix3d point = (h.squaredNorm() * Eigen::Matrix3d::Identity() - h * h.transpose()) / body.m;
-    EXPECT_TRUE(near(oracle::rotationalInertia(body), point, 5e-6 * point.trace())) << norvaX3::body_names[b];
+    EXPECT_TRUE(near(reference::rotationalInertia(body), point, 5e-6 * point.trace())) << norvaX3::body_names[b];
   }
 }
 
@@ -48,7 +48,7 @@ TEST(Model, JointsBodiesAndNodesHaveTheSameNames) {
 TEST(Model, PlacementOfTheElbowIsUsedAsStored) { EXPECT_TRUE(identical(norvaX3::Node5::Xt.E(1, 2), 0.987688F)); }
 
 TEST(Model, AtZeroAnglesTheArmsAreMirrorImages) {
-  const oracle::WholeRobot robot{Scenario::Vector21::Zero()};
+  const reference::Robot robot{Scenario::Vector21::Zero()};
   const Eigen::Vector3d mirror(1.0, -1.0, 1.0);
   for (int left = 3; left < 8; ++left) {
     const auto com = robot.bodyComInWorld(left).value;

@@ -1,10 +1,10 @@
-#include <tools/accuracy/BodyData.hpp>
+#include <tools/reference/BodyData.hpp>
 
 #include <utility>
 
 #include <models/norvaX3/norvaX3.hpp>
 
-namespace oracle {
+namespace reference {
 
 namespace {
 
@@ -41,4 +41,4 @@ Eigen::Matrix3d rotationalInertia(const kinetra::Spatial::Inertia& inertia) {
   return (Eigen::Matrix3f() << I[0], I[1], I[3], I[1], I[2], I[4], I[3], I[4], I[5]).finished().cast<double>();
 }
 
-}  // namespace oracle
+}  // namespace reference

@@ -4,9 +4,9 @@
 #include <vector>
 
 #include <kinetra/spatial/Force.hpp>
-#include <tools/accuracy/Estimate.hpp>
+#include <tools/reference/WithMagnitude.hpp>
 
-namespace oracle {
+namespace reference {
 
 /// Converts wrenches, in which the force comes first, to spatial forces.
 std::array<kinetra::Spatial::Force, 16> toForces(const std::vector<std::vector<float>>& wrenches);
@@ -20,30 +20,30 @@ std::array<kinetra::Spatial::Force, 16> toForces(const std::vector<std::vector<f
 /// its last row from a cross product, as in the system. All other results use rotations that are made orthonormal, so
 /// they can differ from those of the system by 8e-7 of the magnitude, which is 7 float epsilons. In a magnitude, a
 /// lever arm is the sum of the lengths of the links that it spans.
-class WholeRobot {
+class Robot {
  public:
   /// The arguments are those of inverse dynamics. The root's velocity and spatial acceleration are in its own axes,
   /// linear first. fext has one force for each body, in the body's frame; it may be null.
   using Vector21f = Eigen::Matrix<float, 21, 1>;
-  explicit WholeRobot(const Vector21f& q, const Vector21f& dq = Vector21f::Zero(),
-                      const Vector21f& ddq = Vector21f::Zero(), const kinetra::Spatial::Force* fext = nullptr);
+  explicit Robot(const Vector21f& q, const Vector21f& dq = Vector21f::Zero(), const Vector21f& ddq = Vector21f::Zero(),
+                 const kinetra::Spatial::Force* fext = nullptr);
 
   /// Return 3 x 4 matrices: the body's axes as columns, then its origin.
-  Estimate poseInWorld(int body) const;
-  Estimate poseInRoot(int body) const;
+  WithMagnitude poseInWorld(int body) const;
+  WithMagnitude poseInRoot(int body) const;
   /// Returns a 6 x 21 matrix, angular rows first; the linear rows are those of the point at the root's origin. Columns
   /// 0-5 are zero.
-  Estimate jacobianInRoot() const;
-  Estimate bodyComInWorld(int body) const;
+  WithMagnitude jacobianInRoot() const;
+  WithMagnitude bodyComInWorld(int body) const;
 
   /// Return, for all bodies or for all but one: mass times centre of mass in the root's frame (kg m); the generalized
   /// mass matrix; mass times the Jacobian of the centre of mass in world axes, 3 x 21.
-  Estimate firstMomentInRoot(int excluded = -1) const;
-  Estimate massMatrix(int excluded = -1) const;
-  Estimate momentumJacobianInWorld(int excluded = -1) const;
+  WithMagnitude firstMomentInRoot(int excluded = -1) const;
+  WithMagnitude massMatrix(int excluded = -1) const;
+  WithMagnitude momentumJacobianInWorld(int excluded = -1) const;
 
   /// Returns 21 generalized forces. Those of the root are in its own axes, linear first.
-  const Estimate& torques() const { return torques_; }
+  const WithMagnitude& torques() const { return torques_; }
 
  private:
   using Matrix3x21 = Eigen::Matrix<double, 3, 21>;
@@ -59,7 +59,7 @@ class WholeRobot {
   };
 
   Body bodies_[16];
-  Estimate torques_;
+  WithMagnitude torques_;
 };
 
-}  // namespace oracle
+}  // namespace reference

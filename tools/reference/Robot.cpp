@@ -1,10 +1,10 @@
-#include <tools/accuracy/WholeRobot.hpp>
+#include <tools/reference/Robot.hpp>
 
 #include <Eigen/Geometry>
 
-#include <tools/accuracy/BodyData.hpp>
+#include <tools/reference/BodyData.hpp>
 
-namespace oracle {
+namespace reference {
 
 namespace {
 
@@ -21,8 +21,8 @@ Matrix3d closed(Matrix3d R) {
 /// Returns the rotation that is nearest to a matrix that is almost a rotation.
 Matrix3d rigid(const Matrix3d& R) { return 1.5 * R - 0.5 * R * R.transpose() * R; }
 
-Estimate pose(const Matrix3d& R, const Vector3d& p, double reach) {
-  Estimate result{Eigen::MatrixXd(3, 4), Eigen::MatrixXd::Ones(3, 4)};
+WithMagnitude pose(const Matrix3d& R, const Vector3d& p, double reach) {
+  WithMagnitude result{Eigen::MatrixXd(3, 4), Eigen::MatrixXd::Ones(3, 4)};
   result.value << R, p;
   result.magnitude.col(3).setConstant(reach);
   return result;
@@ -39,8 +39,7 @@ std::array<kinetra::Spatial::Force, 16> toForces(const std::vector<std::vector<f
   return forces;
 }
 
-WholeRobot::WholeRobot(const Vector21f& q_, const Vector21f& dq_, const Vector21f& ddq_,
-                       const kinetra::Spatial::Force* fext)
+Robot::Robot(const Vector21f& q_, const Vector21f& dq_, const Vector21f& ddq_, const kinetra::Spatial::Force* fext)
     : torques_{Eigen::MatrixXd::Zero(21, 1), Eigen::MatrixXd::Zero(21, 1)} {
   const std::vector<BodyData> given = readBodies();
   const Eigen::Matrix<double, 21, 1> q = q_.cast<double>(), dq = dq_.cast<double>(), ddq = ddq_.cast<double>();
@@ -103,17 +102,17 @@ WholeRobot::WholeRobot(const Vector21f& q_, const Vector21f& dq_, const Vector21
   }
 }
 
-Estimate WholeRobot::poseInWorld(int body) const {
+WithMagnitude Robot::poseInWorld(int body) const {
   const Body &b = bodies_[body], &root = bodies_[0];
   return pose(closed(root.R * b.R_root), root.p + root.R * b.p_root, root.p.norm() + b.chain);
 }
 
-Estimate WholeRobot::poseInRoot(int body) const {
+WithMagnitude Robot::poseInRoot(int body) const {
   return pose(bodies_[body].R_root, bodies_[body].p_root, bodies_[body].chain);
 }
 
-Estimate WholeRobot::jacobianInRoot() const {
-  Estimate J{Eigen::MatrixXd::Zero(6, 21), Eigen::MatrixXd::Zero(6, 21)};
+WithMagnitude Robot::jacobianInRoot() const {
+  WithMagnitude J{Eigen::MatrixXd::Zero(6, 21), Eigen::MatrixXd::Zero(6, 21)};
   for (int i = 1; i < 16; ++i) {
     const Vector3d axis = bodies_[i].R_root.col(2);
     J.value.col(5 + i) << axis, bodies_[i].p_root.cross(axis);
@@ -122,12 +121,12 @@ Estimate WholeRobot::jacobianInRoot() const {
   return J;
 }
 
-Estimate WholeRobot::bodyComInWorld(int body) const {
+WithMagnitude Robot::bodyComInWorld(int body) const {
   const Body& b = bodies_[body];
   return {b.p + b.com, Vector3d::Constant(bodies_[0].p.norm() + b.chain + b.com.norm())};
 }
 
-Estimate WholeRobot::firstMomentInRoot(int excluded) const {
+WithMagnitude Robot::firstMomentInRoot(int excluded) const {
   Vector3d sum = Vector3d::Zero(), size = sum;
   for (int i = 0; i < 16; ++i) {
     if (i == excluded) continue;
@@ -138,7 +137,7 @@ Estimate WholeRobot::firstMomentInRoot(int excluded) const {
   return {sum, size};
 }
 
-Estimate WholeRobot::massMatrix(int excluded) const {
+WithMagnitude Robot::massMatrix(int excluded) const {
   Eigen::Matrix<double, 21, 21> H = Eigen::Matrix<double, 21, 21>::Zero(), size = H;
   for (int i = 0; i < 16; ++i) {
     if (i == excluded) continue;
@@ -149,9 +148,9 @@ Estimate WholeRobot::massMatrix(int excluded) const {
   return {H, size};
 }
 
-Estimate WholeRobot::momentumJacobianInWorld(int excluded) const {
-  const Estimate H = massMatrix(excluded);  // the root's linear coordinates move every body alike
+WithMagnitude Robot::momentumJacobianInWorld(int excluded) const {
+  const WithMagnitude H = massMatrix(excluded);  // the root's linear coordinates move every body alike
   return {bodies_[0].R * H.value.topRows(3), H.magnitude.topRows(3)};
 }
 
-}  // namespace oracle
+}  // namespace reference

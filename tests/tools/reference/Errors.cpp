@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include <tools/accuracy/Errors.hpp>
+#include <tools/reference/Errors.hpp>
 
 namespace {
 
@@ -9,7 +9,7 @@ using Eigen::Vector2f;
 /// Whether the errors of two results are as stated, one float epsilon. The true values are 1 and 0, the magnitudes
 /// are 1.
 bool areAsStated(const Vector2f& result) {
-  oracle::Errors errors("a kind", 1.0);
+  reference::Errors errors("a kind", 1.0);
   errors.add(result, {Eigen::Vector2d(1.0, 0.0), Eigen::Vector2d::Ones()});
   return errors.isAsStated();
 }
@@ -26,10 +26,10 @@ TEST(AccuracyCheck, FailsForNanInAnyEntry) {
   EXPECT_FALSE(areAsStated({1.0F, std::nanf("")}));
 }
 
-TEST(AccuracyCheck, FailsIfNothingWasCompared) { EXPECT_FALSE(oracle::Errors("a kind", 1.0).isAsStated()); }
+TEST(AccuracyCheck, FailsIfNothingWasCompared) { EXPECT_FALSE(reference::Errors("a kind", 1.0).isAsStated()); }
 
 TEST(AccuracyCheck, FailsIfAnEntryOfMagnitudeZeroIsNotZero) {
-  oracle::Errors errors("a kind", 1.0);
+  reference::Errors errors("a kind", 1.0);
   errors.add(Vector2f(0x1p-23F, 1e-20F), {Eigen::Vector2d::Zero(), Eigen::Vector2d(1.0, 0.0)});
   EXPECT_FALSE(errors.isAsStated());
 }

@@ -1,4 +1,4 @@
-// lumo-accuracy: compares every kind of result in many random states with the reference WholeRobot, and prints the
+// lumo-accuracy: compares every kind of result in many random states with reference::Robot, and prints the
 // errors beside those that docs/accuracy.md states. It links the model and loads no plug-in.
 
 #include <array>
@@ -11,18 +11,18 @@
 
 #include <models/norvaX3/norvaX3.hpp>
 #include <service/KinetraRigidBodySystem.hpp>
-#include <tools/State.hpp>
-#include <tools/accuracy/Errors.hpp>
-#include <tools/accuracy/WholeRobot.hpp>
+#include <tools/RandomState.hpp>
 #include <tools/program.hpp>
+#include <tools/reference/Errors.hpp>
+#include <tools/reference/Robot.hpp>
 #include <tools/toFloats.hpp>
 
 namespace {
 
 using kinetra::norvaX3;
 using lumo::toMatrix;
-using oracle::Errors;
-using oracle::Estimate;
+using reference::Errors;
+using reference::WithMagnitude;
 
 struct Report {
   Errors axesInRoot{"axes in root", 3.2};
@@ -44,13 +44,13 @@ struct Report {
   }
 };
 
-Estimate divided(const Estimate& sum, double mass) { return {sum.value / mass, sum.magnitude / mass}; }
-Estimate rightColumns(const Estimate& all, Eigen::Index count) {
+WithMagnitude divided(const WithMagnitude& sum, double mass) { return {sum.value / mass, sum.magnitude / mass}; }
+WithMagnitude rightColumns(const WithMagnitude& all, Eigen::Index count) {
   return {all.value.rightCols(count), all.magnitude.rightCols(count)};
 }
 
 /// Adds the errors of the axes and of the origin of one pose.
-void addPose(const OX::Math::Transform& pose, const Estimate& expected, Errors& axes, Errors& origins) {
+void addPose(const OX::Math::Transform& pose, const WithMagnitude& expected, Errors& axes, Errors& origins) {
   const auto actual = toMatrix(pose);
   axes.add(actual.leftCols<3>(), {expected.value.leftCols(3), expected.magnitude.leftCols(3)});
   origins.add(actual.col(3), {expected.value.col(3), expected.magnitude.col(3)});
@@ -58,7 +58,7 @@ void addPose(const OX::Math::Transform& pose, const Estimate& expected, Errors& 
 
 /// Computes all results of one state and adds their errors. Of the results that leave out a body, it computes those
 /// that leave out `excluded`.
-void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t excluded, Report& report) {
+void compare(lumo::RigidBodySystem& robot, const lumo::RandomState& state, std::size_t excluded, Report& report) {
   state.set(robot);
   state.setWrenches(robot);
   robot.computeFwdKinematics();
@@ -66,17 +66,17 @@ void compare(lumo::RigidBodySystem& robot, const lumo::State& state, std::size_t
   robot.computeInverseDynamics();
 
   // The root's angles reach the system through the host's math library, whose rounding is not counted as an error.
-  oracle::WholeRobot::Vector21f q = state.q;
+  reference::Robot::Vector21f q = state.q;
   q.head<6>() = toMatrix(OX::Math::position6DFromTransform(state.rootPose()));
-  const oracle::WholeRobot expected(q, state.dq, state.ddq, oracle::toForces(state.wrenches).data());
+  const reference::Robot expected(q, state.dq, state.ddq, reference::toForces(state.wrenches).data());
 
   double mass = 0.0;
-  Estimate momentInWorld{Eigen::Vector3d::Zero(), Eigen::Vector3d::Zero()};
+  WithMagnitude momentInWorld{Eigen::Vector3d::Zero(), Eigen::Vector3d::Zero()};
   for (std::size_t b = 0; b < 16; ++b) {
     const int body = static_cast<int>(b);
     addPose(robot.getPoseInRoot(b), expected.poseInRoot(body), report.axesInRoot, report.originsInRoot);
     addPose(robot.getPose(b), expected.poseInWorld(body), report.axes, report.origins);
-    const Estimate com = expected.bodyComInWorld(body);
+    const WithMagnitude com = expected.bodyComInWorld(body);
     report.comsOfBodies.add(toMatrix(robot.getComPosition(b)), com);
     const double m = static_cast<double>(norvaX3::inertias[b].m);
     mass += m;
@@ -115,7 +115,7 @@ void run(int argc, char** argv) {
 
   Report report;
   lumo::KinetraRigidBodySystem<norvaX3> robot;
-  for (std::uint64_t i = 0; i < states; ++i) compare(robot, lumo::State((seed << 32U) + i), i % 16, report);
+  for (std::uint64_t i = 0; i < states; ++i) compare(robot, lumo::RandomState((seed << 32U) + i), i % 16, report);
 
   std::string text =
       fmt::format("{} states from seed {}; errors in float epsilons (2^-23) of the magnitude\n\n", states, seed);

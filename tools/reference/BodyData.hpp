@@ -7,7 +7,7 @@
 
 #include <kinetra/spatial/Inertia.hpp>
 
-namespace oracle {
+namespace reference {
 
 /// The data of a body in double precision, in terms of geometry instead of spatial algebra. The joint turns about the z
 /// axis of its frame.
@@ -28,4 +28,4 @@ std::vector<BodyData> readBodies();
 /// Returns the rotational inertia about the frame's origin as a full matrix (kg m^2).
 Eigen::Matrix3d rotationalInertia(const kinetra::Spatial::Inertia& inertia);
 
-}  // namespace oracle
+}  // namespace reference

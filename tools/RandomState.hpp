@@ -13,8 +13,8 @@ namespace lumo {
 /// bits on every machine. Positions are within 3 m and 3 rad (the root's pitch within 1.5 rad), velocities within 3 m/s
 /// and 3 rad/s, accelerations within 10 m/s^2 and 10 rad/s^2, wrenches within 10 N and 10 N m, all multiplied by
 /// `scale`.
-struct State {
-  explicit State(std::uint64_t seed, float scale = 1.0F) {
+struct RandomState {
+  explicit RandomState(std::uint64_t seed, float scale = 1.0F) {
     Uniform random(seed);
     for (float& x : q) x = random(3.0F * scale);
     q[4] *= 0.5F;

@@ -2,13 +2,13 @@
 
 #include <Eigen/Core>
 
-namespace oracle {
+namespace reference {
 
 /// A value and its magnitude. The magnitude of an entry is the sum of the absolute values of the terms that add up to
 /// it, so it is not small if the terms cancel. Rounding errors of single-precision results are measured in terms of it.
-struct Estimate {
+struct WithMagnitude {
   Eigen::MatrixXd value;
   Eigen::MatrixXd magnitude;
 };
 
-}  // namespace oracle
+}  // namespace reference

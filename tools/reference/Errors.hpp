@@ -7,9 +7,9 @@
 
 #include <fmt/format.h>
 
-#include <tools/accuracy/Estimate.hpp>
+#include <tools/reference/WithMagnitude.hpp>
 
-namespace oracle {
+namespace reference {
 
 /// The errors of one kind of result. The unit is a float epsilon times the magnitude of the entry.
 class Errors {
@@ -19,7 +19,7 @@ class Errors {
 
   /// An entry that is NaN, or that is not zero although its magnitude is, counts as an infinite error.
   template <typename Actual>
-  void add(const Eigen::MatrixBase<Actual>& actual, const Estimate& expected) {
+  void add(const Eigen::MatrixBase<Actual>& actual, const WithMagnitude& expected) {
     for (Eigen::Index j = 0; j < actual.cols(); ++j) {
       for (Eigen::Index i = 0; i < actual.rows(); ++i) {
         const double error = std::abs(static_cast<double>(actual(i, j)) - expected.value(i, j));
@@ -50,4 +50,4 @@ class Errors {
   std::uint64_t count_ = 0;
 };
 
-}  // namespace oracle
+}  // namespace reference
