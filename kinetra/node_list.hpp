@@ -1,6 +1,7 @@
 #pragma once
 
 #include <boost/fusion/include/at_c.hpp>
+#include <boost/fusion/include/for_each.hpp>
 #include <boost/fusion/include/value_at.hpp>
 #include <boost/fusion/include/vector.hpp>
 
@@ -22,6 +23,12 @@ node_t<Robot, N>& node(Robot& robot) {
 template <int N, typename Robot>
 const node_t<Robot, N>& node(const Robot& robot) {
   return boost::fusion::at_c<N>(robot.nodes);
+}
+
+/// Calls f(node) for every node of a robot, in the order of ids.
+template <typename Robot, typename F>
+void forEachNode(Robot& robot, const F& f) {
+  boost::fusion::for_each(robot.nodes, f);
 }
 
 }  // namespace kinetra

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <utility>
+#include <type_traits>
 
 #include <kinetra/Node.hpp>
 #include <kinetra/node_list.hpp>
@@ -10,7 +10,7 @@
 // Reads sXp of every node but the root's (a joint pass for the current angles), iX1[0] (the identity) and the table of
 // inertias. Writes the other entries of iX1, the columns of J after the root's and comSum. None of these
 // results depends on the root's pose.
-//   discover: 1. iX1 = sXp pX1   2. the joint's column of J   3. the body's share of comSum
+//   discover: 1. sX1 = sXp pX1   2. the joint's column of J   3. the body's share of comSum
 
 namespace kinetra {
 
@@ -28,10 +28,10 @@ inline simd::Motion turnAboutZ(const simd::TransformT<simd::RotationMatrix>& X) 
 template <typename Rotation, typename Vector>
 void relateToRoot(const TransformT<Rotation>& sXp, const TransformT<RotationMatrix>& pX1, const Inertia& inertia,
                   TransformT<RotationMatrix>& iX1, float* column, Vector& comSum) {
-  const auto X = load(sXp) * loadJustStored(pX1);
-  store(X, iX1);
-  turnAboutZ(X).store(column);
-  comSum = firstMoment(load(inertia), X) + simd::Vector3(comSum);
+  const auto sX1 = load(sXp) * loadJustStored(pX1);
+  store(sX1, iX1);
+  turnAboutZ(sX1).store(column);
+  comSum = firstMoment(load(inertia), sX1) + simd::Vector3(comSum);
 }
 
 template <typename Robot, int i>
@@ -56,14 +56,11 @@ struct fwd_kin_iX1 {
   static void run(Robot& robot, TransformT<RotationMatrix>* iX1, Eigen::MatrixBase<DerivedJ>& J,
                   Eigen::MatrixBase<DerivedCom>& comSum) {
     simd::Vector3 sum = Robot::inertias[0].h;
-    discover(std::make_integer_sequence<int, Robot::nb_bodies - 1>{}, robot, iX1, J, sum);
+    forEachNode(robot, [&](auto& n) {
+      constexpr int i = std::decay_t<decltype(n)>::id;
+      if constexpr (i > 0) internal::FwdKiniX1Visitor<Robot, i>::discover(robot, iX1, J, sum);
+    });
     comSum = Eigen::Vector3f(sum);
-  }
-
- private:
-  template <int... i, typename... Args>
-  static void discover(std::integer_sequence<int, i...>, Robot& robot, Args&... args) {
-    (internal::FwdKiniX1Visitor<Robot, i + 1>::discover(robot, args...), ...);
   }
 };
 

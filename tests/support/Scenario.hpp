@@ -14,15 +14,7 @@ namespace lumo::test {
 
 constexpr float nan_f = std::numeric_limits<float>::quiet_NaN();
 
-/// Calls f(node) for every node of a robot, in the order of ids.
-template <typename F, int... i>
-void forEachNode(kinetra::norvaX3& robot, F f, std::integer_sequence<int, i...>) {
-  (f(kinetra::node<i>(robot)), ...);
-}
-template <typename F>
-void forEachNode(kinetra::norvaX3& robot, F f) {
-  forEachNode(robot, f, std::make_integer_sequence<int, 16>{});
-}
+using kinetra::forEachNode;
 
 /// Sets everything that the passes over the tree write to NaN, except the joint transforms and velocities.
 inline void spoil(kinetra::norvaX3& robot) {
