@@ -20,6 +20,10 @@ struct FreeFlyerBodyJoint {
   struct Position {
     simd::Vector3 xyz;
     std::array<SinCos, 3> angles;
+
+    Position(simd::Vector3 xyz_, const std::array<SinCos, 3>& angles_) : xyz(xyz_), angles(angles_) {}
+    explicit Position(const Coordinates& q)
+        : Position(simd::Vector3::load(q.data()), Spatial::sinCos<3>(q.data() + first_angle)) {}
   };
 
   TransformT<Rotation> Xj;     ///< parent-side frame to child-side frame
@@ -28,16 +32,15 @@ struct FreeFlyerBodyJoint {
   Spatial::ConstraintMotionFreeFlyerBody S;
   Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
-  /// Xj from the positions (the coordinates or what is computed from them), vj from the velocities. Returns Xj.
-  template <typename AnyPosition>
-  simd::TransformT<simd::RotationMatrix> jcalc(const AnyPosition& q, const Coordinates& dq) {
+  /// Sets Xj from the positions and vj from the velocities.
+  void jcalc(const Coordinates& q, const Coordinates& dq) { jcalc(Position(q), dq); }
+  /// Sets Xj from the positions alone.
+  void jcalc_pos(const Coordinates& q) { jcalc_pos(Position(q)); }
+
+  /// The same with the sines and cosines at hand. Returns Xj.
+  simd::TransformT<simd::RotationMatrix> jcalc(const Position& q, const Coordinates& dq) {
     store(load(S) * dq, vj);
     return jcalc_pos(q);
-  }
-
-  /// Xj from the positions alone. The order of the products is part of the result, which is promised to the bit.
-  simd::TransformT<simd::RotationMatrix> jcalc_pos(const Coordinates& q) {
-    return jcalc_pos(Position{simd::Vector3::load(q.data()), Spatial::sinCos<3>(q.data() + first_angle)});
   }
   simd::TransformT<simd::RotationMatrix> jcalc_pos(const Position& q) {
     const auto [s3, c3] = q.angles[0];

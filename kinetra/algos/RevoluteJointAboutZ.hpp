@@ -18,15 +18,16 @@ struct RevoluteJointAboutZ {
   Spatial::ConstraintMotionAboutZ S;
   Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
-  /// Xj from the position (rad, or its sine and cosine), vj from the velocity (rad/s). Returns Xj.
-  template <typename AnyPosition>
-  simd::TransformT<simd::RotationMatrixAboutZ> jcalc(const AnyPosition& q, float dq) {
+  /// Sets Xj from the position (rad) and vj from the velocity (rad/s).
+  void jcalc(float q, float dq) { jcalc(Position(q), dq); }
+  /// Sets Xj from the position alone.
+  void jcalc_pos(float q) { jcalc_pos(Position(q)); }
+
+  /// The same with the sine and the cosine at hand. Returns Xj.
+  simd::TransformT<simd::RotationMatrixAboutZ> jcalc(Position q, float dq) {
     vj.angular() = Eigen::Vector3f(0.0F, 0.0F, dq);
     return jcalc_pos(q);
   }
-
-  /// Xj from the position alone.
-  simd::TransformT<simd::RotationMatrixAboutZ> jcalc_pos(float q) { return jcalc_pos(Position(q)); }
   simd::TransformT<simd::RotationMatrixAboutZ> jcalc_pos(Position q) {
     const simd::TransformT<simd::RotationMatrixAboutZ> X = {{q.c, q.s}, simd::Vector3(0.0F, 0.0F, 0.0F)};
     store(X, Xj);

@@ -26,9 +26,13 @@ auto coordinates(const Vector& v) {
   }
 }
 
-/// Of positions whose sines are taken already: what the node's joint computes its Xj from.
+/// What the joint of a node computes its Xj from.
+template <typename Node, typename Vector>
+auto position(const Vector& q) {
+  return typename Node::joint_type::Position(coordinates<Node>(q));
+}
 template <typename Node, typename Robot>
-auto coordinates(const Positions<Robot>& q) {
+auto position(const Positions<Robot>& q) {
   return q.template of<Node>();
 }
 
@@ -53,7 +57,7 @@ struct JcalcVisitor {
   static void discover(Robot& robot, const Position& q, const Vector& dq) {
     using Node = node_t<Robot, i>;
     auto& n = node<i>(robot);
-    const auto Xj = n.joint.jcalc(coordinates<Node>(q), coordinates<Node>(dq));
+    const auto Xj = n.joint.jcalc(position<Node>(q), coordinates<Node>(dq));
     store(place(Xj, Node::Xt), n.sXp);
   }
   template <typename Position, typename Vector>
@@ -67,7 +71,7 @@ struct JcalcPosVisitor {
   static void discover(Robot& robot, const Vector& q) {
     using Node = node_t<Robot, i>;
     auto& n = node<i>(robot);
-    const auto Xj = n.joint.jcalc_pos(coordinates<Node>(q));
+    const auto Xj = n.joint.jcalc_pos(position<Node>(q));
     store(place(Xj, Node::Xt), n.sXp);
   }
   template <typename Vector>

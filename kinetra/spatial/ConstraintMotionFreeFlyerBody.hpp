@@ -65,7 +65,10 @@ class ConstraintMotionFreeFlyerBody {
   const Eigen::Matrix<float, 6, 6>& matrix() const { return S_; }
 
   /// S a and S'f
-  Eigen::Matrix<float, 6, 1> operator*(const Eigen::Matrix<float, 6, 1>& a) const { return Motion(load(*this) * a); }
+  template <typename Derived>
+  Eigen::Matrix<float, 6, 1> operator*(const Eigen::MatrixBase<Derived>& a) const {
+    return Motion(load(*this) * a);
+  }
   Eigen::Matrix<float, 6, 1> transposeTimes(const Force& f) const {
     Eigen::Matrix<float, 6, 1> projected;
     load(*this).transposeTimes(load(f), projected.data());

@@ -40,6 +40,7 @@ class Force {
   Force(const Eigen::Vector3f& couple, const Eigen::Vector3f& force) : couple_(couple), force_(force) {}
   /// From and to a column of six, couple first.
   explicit Force(const Vector6& f) : Force(simd::Force::load(f.data())) {}
+  explicit Force(const Motion&) = delete;  // not by way of a column of six
   operator Vector6() const { return (Vector6() << couple_, force_).finished(); }
 
   static Force zero() { return Force(Vector6::Zero()); }

@@ -4,6 +4,8 @@
 
 namespace kinetra::Spatial {
 
+class Force;
+
 namespace simd {
 
 struct Motion {
@@ -40,6 +42,7 @@ class Motion {
   Motion(const Eigen::Vector3f& angular, const Eigen::Vector3f& linear) : angular_(angular), linear_(linear) {}
   /// From and to a column of six, angular first.
   explicit Motion(const Vector6& v) : Motion(simd::Motion::load(v.data())) {}
+  explicit Motion(const Force&) = delete;  // not by way of a column of six
   operator Vector6() const { return (Vector6() << angular_, linear_).finished(); }
 
   static Motion zero() { return Motion(Vector6::Zero()); }
@@ -57,7 +60,10 @@ class Motion {
 inline Motion operator+(const Motion& a, const Motion& b) { return Motion(load(a) + load(b)); }
 inline Motion operator-(const Motion& a, const Motion& b) { return Motion(load(a) - load(b)); }
 /// A column of six, such as a motion subspace times its coordinates, is added as a motion.
-inline Motion operator+(const Motion& a, const Motion::Vector6& b) { return a + Motion(b); }
+template <typename Derived>
+Motion operator+(const Motion& a, const Eigen::MatrixBase<Derived>& b) {
+  return a + Motion(Motion::Vector6(b));
+}
 
 /// Motion cross product v x m: the rate of change of m when it is carried along with velocity v, both in one frame.
 /// Featherstone 2008, section 2.9.
