@@ -2,7 +2,6 @@
 
 #include <array>
 #include <cstddef>
-#include <utility>
 
 #include <kinetra/Node.hpp>
 #include <kinetra/depth_first_traversal.hpp>
@@ -11,12 +10,13 @@
 //
 // Reads S of every node and sXp of every node but the root, as the last joint pass left them, and the table of
 // inertias. Writes Iic and F of every node and the blocks of H that couple a node with itself and with its ancestors.
-// All other blocks are zero by nature: the caller sets H to zero once. With p the parent of node i:
-//   discover: 1. Iic_i = I_i
-//   finish:   2. F_i = Iic_i S_i
-//             3. H_ii = S_i'F_i
-//             4. Iic_p += pX*_i Iic_i iX_p                      in the code sXp.applyInv(Iic)
-//             5. F_d = pX*_i F_d, H_pd = S_p'F_d, H_dp = H_pd'  for d = i and for each descendant d of i
+// All other blocks are zero by nature: the caller sets H to zero once.
+//   discover of node i: 1. Iic_i = I_i
+//   finish of node i:   2. F_i = Iic_i S_i
+//                       3. H_ii = S_i'F_i
+//   from j = i to a, the parent of j, unless j is the root:
+//                       4. Iic_a += aX*_j Iic_j jX_a
+//                       5. F_d = aX*_j F_d, H_ad = S_a'F_d, H_da = H_ad'  for each coordinate d of j's subtree
 // The table takes the force of one node all the way to the root before it takes the next one. Here the forces of a
 // whole subtree take each step together, because a transform is then loaded once for all of them. Each force goes
 // through the same operations either way. In the end every F is in the root's frame.
@@ -25,88 +25,84 @@ namespace kinetra {
 
 namespace internal {
 
-/// H of any size and outer stride, stored by columns: the code of the pass exists once for all of them.
-using MassMatrix = Eigen::Ref<Eigen::MatrixXf>;
+/// What the hooks write. `blocks` is the caller's H, of any size and outer stride and stored by columns; the code of
+/// the pass exists once for all of them. F has the force of each coordinate in whole registers, which are faster to
+/// read again than the floats of a node.
+template <int nb_dof>
+struct MassMatrix {
+  explicit MassMatrix(Eigen::Ref<Eigen::MatrixXf> blocks_) : blocks(blocks_) {}
 
-/// One past the last coordinate of node i and its descendants, whose coordinates follow one another.
-template <typename Robot, int i>
+  Eigen::Ref<Eigen::MatrixXf> blocks;
+  std::array<simd::Force, nb_dof> F;
+};
+
+/// One past the last coordinate of the subtree of node j, whose coordinates follow one another.
+template <typename Robot, int j>
 constexpr int endOfSubtree() {
-  std::size_t next = i + 1;
-  while (next < Robot::parents.size() && Robot::parents[next] >= i) ++next;
+  std::size_t next = j + 1;
+  while (next < Robot::parents.size() && Robot::parents[next] >= j) ++next;
   return next < Robot::parents.size() ? Robot::dof_indexes[next] : Robot::nb_dof;
 }
 
-/// Steps 4 and 5 from node n to its parent p, whose coordinates begin at `row`. F has a force for each coordinate;
-/// those of n and its descendants are from `begin` up to `end`. Pairs of node and parent of the same types share this
-/// function.
-template <typename Joint, typename Rotation, typename ParentJoint, typename ParentRotation>
-[[gnu::noinline]] void carryToParent(const NodeState<Joint, Rotation>& n, NodeState<ParentJoint, ParentRotation>& p,
-                                     MassMatrix& H, simd::Force* F, int row, int begin, int end) {
-  const auto X = load(n.sXp);
-  const auto S_p = load(p.joint.S);
-  store(load(p.body.Iic) + X.applyInv(load(n.body.Iic)), p.body.Iic);
-  for (int k = begin; k < end; ++k) {
-    F[k] = X.applyInv(F[k]);
-    S_p.transposeTimes(F[k], &H(row, k));
-    for (int c = row; c < row + ParentJoint::dof_number; ++c) H(k, c) = H(c, k);
+/// Steps 4 and 5 from node j to its parent a, whose coordinates begin at `row`. The coordinates d of j's subtree are
+/// those from `begin` up to `end`. Pairs of nodes of the same types share this function.
+template <typename Joint, typename Rotation, typename ParentJoint, typename ParentRotation, int nb_dof>
+[[gnu::noinline]] void carryToParent(const NodeState<Joint, Rotation>& j, NodeState<ParentJoint, ParentRotation>& a,
+                                     MassMatrix<nb_dof>& H, int row, int begin, int end) {
+  const auto jXa = load(j.sXp);
+  const auto S_a = load(a.joint.S);
+  store(load(a.body.Iic) + jXa.applyInv(load(j.body.Iic)), a.body.Iic);
+  for (int d = begin; d < end; ++d) {
+    H.F[d] = jXa.applyInv(H.F[d]);
+    S_a.transposeTimes(H.F[d], &H.blocks(row, d));
+    for (int c = row; c < row + ParentJoint::dof_number; ++c) H.blocks(d, c) = H.blocks(c, d);
   }
 }
 
-/// Stores the force of each coordinate in its node.
-template <typename Robot, int... i>
-void storeForces(const simd::Force* F, Robot& robot, std::integer_sequence<int, i...>) {
-  const auto storeForcesOf = [F](auto& n) {
-    for (int column = 0; column < n.dof_number; ++column) F[n.dof_index + column].store(&n.F(0, column));
-  };
-  (storeForcesOf(node<i>(robot)), ...);
-}
-
-/// The pass with the hooks of Visitor, those of crba or of partial_crba. args: what the hooks take after H and F.
+/// The pass with the hooks of Visitor, those of crba or of partial_crba. args: what the hooks take after H.
 template <template <typename, int> class Visitor, typename Robot, typename... Args>
-void runCrba(Robot& robot, MassMatrix H, const Args&... args) {
-  std::array<simd::Force, Robot::nb_dof> F;  // whole registers, which are faster to read again than six floats
-  depth_first_traversal<Visitor, Robot>::run(robot, H, F.data(), args...);
-  storeForces(F.data(), robot, std::make_integer_sequence<int, Robot::nb_bodies>{});
+void runCrba(Robot& robot, Eigen::Ref<Eigen::MatrixXf> blocks, const Args&... args) {
+  MassMatrix<Robot::nb_dof> H(blocks);
+  depth_first_traversal<Visitor, Robot>::run(robot, H, args...);
+  forEachNode(robot, [&H](auto& n) {
+    for (int column = 0; column < n.dof_number; ++column) H.F[n.dof_index + column].store(&n.F(0, column));
+  });
 }
 
 }  // namespace internal
 
-/// runs_jcalc: whether this pass runs the joint pass itself. Only `false` is defined.
+/// runs_jcalc: whether this pass runs the joint pass itself.
 template <typename Robot, bool runs_jcalc>
 struct crba;
 
 template <typename Robot>
 struct crba<Robot, false> {
+  using MassMatrix = internal::MassMatrix<Robot::nb_dof>;
+
   template <typename Robot_, int i>
   struct DftVisitor {
     using Node = node_t<Robot_, i>;
 
-    static void discover(Robot_& robot, internal::MassMatrix&, simd::Force*) {
-      store(load(Robot_::inertias[i]), node<i>(robot).body.Iic);
-    }
+    static void discover(Robot_& robot, MassMatrix&) { store(load(Robot_::inertias[i]), node<i>(robot).body.Iic); }
 
-    /// Unused: partial_crba shares this hook, and hands it its excluded body.
-    template <typename... Unused>
-    static void finish(Robot_& robot, internal::MassMatrix& H, simd::Force* F, const Unused&...) {
+    static void finish(Robot_& robot, MassMatrix& H) {
       const simd::Inertia Iic = load(node<i>(robot).body.Iic);
       const auto S = load(node<i>(robot).joint.S);
       for (int column = 0; column < Node::dof_number; ++column) {
-        const int k = Node::dof_index + column;
-        F[k] = S.momentum(Iic, column);                  // a column of Iic_i S_i
-        S.transposeTimes(F[k], &H(Node::dof_index, k));  // the same column of H_ii
+        const int d = Node::dof_index + column;
+        H.F[d] = S.momentum(Iic, column);                         // a column of Iic_i S_i
+        S.transposeTimes(H.F[d], &H.blocks(Node::dof_index, d));  // the same column of H_ii
       }
       if constexpr (Node::parent_id >= 0) {
-        BwdtVisitor<Robot_, Node::parent_id, i>::discover(robot, H, F);
+        BwdtVisitor<Robot_, Node::parent_id, i>::discover(robot, H);
       }
     }
 
-    /// Steps 4 and 5 from node j to its parent a.
     template <typename R, int a, int j>
     struct BwdtVisitor {
-      static void discover(R& robot, internal::MassMatrix& H, simd::Force* F) {
-        constexpr int end = internal::endOfSubtree<R, j>();
-        internal::carryToParent(node<j>(robot), node<a>(robot), H, F, node_t<R, a>::dof_index, node_t<R, j>::dof_index,
-                                end);
+      static void discover(R& robot, MassMatrix& H) {
+        internal::carryToParent(node<j>(robot), node<a>(robot), H, node_t<R, a>::dof_index, node_t<R, j>::dof_index,
+                                internal::endOfSubtree<R, j>());
       }
     };
   };

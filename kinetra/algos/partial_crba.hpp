@@ -8,10 +8,15 @@ namespace kinetra {
 /// descendants still count.
 template <typename Robot>
 struct partial_crba {
+  using MassMatrix = internal::MassMatrix<Robot::nb_dof>;
+
   template <typename Robot_, int i>
   struct DftVisitor : crba<Robot, false>::template DftVisitor<Robot_, i> {
-    static void discover(Robot_& robot, internal::MassMatrix&, simd::Force*, int excludedBody) {
+    static void discover(Robot_& robot, MassMatrix&, int excludedBody) {
       store(excludedBody == i ? simd::Inertia::zero() : load(Robot_::inertias[i]), node<i>(robot).body.Iic);
+    }
+    static void finish(Robot_& robot, MassMatrix& H, int) {
+      crba<Robot, false>::template DftVisitor<Robot_, i>::finish(robot, H);
     }
   };
 
