@@ -141,10 +141,10 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   static Velocity6D velocity6D(const JointSpaceVector& v) { return Velocity6D(v[0], v[1], v[2], v[3], v[4], v[5]); }
   static std::size_t indexOf(const std::string& name, const Names& names, std::size_t first, const char* message);
 
-  // Members are constructed and copied in this order, which is fixed.
+  // Each block names the operations that write it. docs/freshness.md says when a result is up to date.
 
-  // sXp of every node, from q_: computeFwdKinematicsExceptRoot and computeInverseDynamics write all of them,
-  // computeFwdKinematicsOnlyRoot only the root's. The mass matrix and the partial Jacobian use the last ones written.
+  // computeFwdKinematicsExceptRoot and computeInverseDynamics write sXp of every node, computeFwdKinematicsOnlyRoot
+  // that of the root.
   Robot robot_;
 
   // Inputs: written by the setters. nb_dof x 1, the root's six first, linear, then angular.
@@ -152,32 +152,31 @@ class KinetraRigidBodySystem final : public RigidBodySystem {
   JointSpaceVector dq_;   // root: m/s and rad/s in its own axes; joints: rad/s
   JointSpaceVector ddq_;  // root: the derivatives of these components; joints: rad/s^2
 
-  // computeInverseDynamics: stale once an input or an inertia changes. nb_dof x 1; root: N and N m
-  // in its own axes; joints: N m.
+  // computeInverseDynamics. nb_dof x 1; root: N and N m in its own axes; joints: N m.
   JointSpaceVector torques_;
 
   // Input: the external force on each body, in its frame about its origin.
   std::vector<Force> fext_;
 
-  // computeFwdKinematicsExceptRoot: stale once a joint angle changes. 6 x nb_dof, angular rows first, in the root's
-  // frame; the first six columns are constant, the root's motion subspace.
+  // computeFwdKinematicsExceptRoot. 6 x nb_dof, angular rows first, in the root's frame; the first six columns are
+  // constant, the root's motion subspace.
   Eigen::Matrix<float, 6, Eigen::Dynamic> J_;
 
-  // computeGeneralizedMass: stale once a joint angle or an inertia changes. nb_dof x nb_dof; zero between branches.
+  // computeGeneralizedMass. nb_dof x nb_dof; zero between branches.
   Eigen::MatrixXf H_;
 
-  // computeFwdKinematicsOnlyRoot, setRootPose (the root's) and setPose: stale once a position changes. World frame. The
-  // last entry is the volatile frame, a pose that the host keeps here and that is never computed.
+  // computeFwdKinematicsOnlyRoot, setRootPose (the root's) and setPose. World frame. The last entry is the volatile
+  // frame, a pose that the host keeps here and that is never computed.
   std::vector<Transform> poses_;
 
-  // computeFwdKinematicsExceptRoot: stale once a joint angle changes. Root's frame; iX1_ takes root coordinates to the
-  // body's. Entry 0 of both is always the identity.
+  // computeFwdKinematicsExceptRoot. Root's frame; iX1_ takes root coordinates to the body's. Entry 0 of both is always
+  // the identity.
   std::vector<Transform> posesInRoot_;
   std::array<SpatialTransform, nb_bodies> iX1_;
 
-  // Centre of mass of the robot. Stale as the poses of the same frame are, and once an inertia changes.
-  Position3D com_;        // computeFwdKinematicsOnlyRoot, from the root's pose and comInRoot_: world frame
-  Position3D comInRoot_;  // computeFwdKinematicsExceptRoot: root's frame
+  // Centre of mass of the robot.
+  Position3D com_;        // computeFwdKinematicsOnlyRoot, from the root's pose and comInRoot_. World frame
+  Position3D comInRoot_;  // computeFwdKinematicsExceptRoot. Root's frame
 
   // The pose of the world in itself.
   Transform worldPose_;

@@ -43,6 +43,7 @@ struct FreeFlyerBodyJoint {
     return jcalc_pos(q);
   }
   simd::TransformT<simd::RotationMatrix> jcalc_pos(const Position& q) {
+    // The order of the products is part of the contract: it decides the bits.
     const auto [s3, c3] = q.angles[0];
     const auto [s4, c4] = q.angles[1];
     const auto [s5, c5] = q.angles[2];

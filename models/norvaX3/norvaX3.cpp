@@ -1,9 +1,8 @@
 #include <models/norvaX3/norvaX3.hpp>
 
-#include <kinetra/minus_g.hpp>  // set before the numbers below
+#include <kinetra/minus_g.hpp>
 
-// The robot's numbers: metres, kilograms, radians, each decimal the shortest that is read as exactly its float. They
-// are set in this order when the plug-in is loaded.
+// The robot's numbers: metres, kilograms, radians, each decimal the shortest that is read as exactly its float.
 
 namespace kinetra {
 
