@@ -37,10 +37,10 @@ static_assert(std::is_trivially_copyable_v<FloatView> && sizeof(FloatView) == 2 
 /// compute operations, then read the results. A result changes only when an operation computes it.
 ///
 /// Units are SI. Bodies are numbered 0 (the root) to getNbBodies() - 1, a parent before its children. Joint angle k
-/// is that of the joint of body k + 1 and is generalized coordinate k + 6. Coordinates 0-5 are the root's: x, y, z, roll, pitch, yaw for
-/// positions, where R = Rz(yaw) Ry(pitch) Rx(roll); linear then angular, in root axes, for velocities, accelerations
-/// and forces. A pose (R, t) maps coordinates in the body's frame to the reference frame, p_ref = R p + t. The world's
-/// z axis points up.
+/// is that of the joint of body k + 1 and is generalized coordinate k + 6. Coordinates 0-5 are the root's: x, y, z,
+/// roll, pitch, yaw for positions, where R = Rz(yaw) Ry(pitch) Rx(roll); linear then angular, in root axes, for
+/// velocities, accelerations and forces. A pose (R, t) maps coordinates in the body's frame to the reference frame,
+/// p_ref = R p + t. The world's z axis points up.
 ///
 /// Indexes are not checked, except where an operation says so: with an index out of range the behaviour is undefined.
 /// Only these operations allocate memory: clone, the three get...Vector operations, computePartialComJacobian if the
@@ -197,9 +197,9 @@ class RigidBodySystem {
   /// two branches of the tree.
   virtual const Eigen::MatrixXf& getGeneralizedMass() const = 0;
   /// Jacobian, 6 x 21, three angular rows, then three linear rows, in root axes, as of the last
-  /// computeFwdKinematicsExceptRoot. Column d is the velocity, at unit rate of coordinate d, of the body whose joint has
-  /// coordinate d. The linear part is the velocity of the point of the body that is at the root's origin. Columns 0-5
-  /// are constant.
+  /// computeFwdKinematicsExceptRoot. Column d is the velocity, at unit rate of coordinate d, of the body whose joint
+  /// has coordinate d. The linear part is the velocity of the point of the body that is at the root's origin. Columns
+  /// 0-5 are constant.
   virtual const Eigen::Matrix<float, 6, Eigen::Dynamic>& getJacobianInRoot() const = 0;
   /// Return for each body the index of its parent (-1 for the root), the number of its coordinates and the index of its
   /// first coordinate. Throw std::bad_alloc.
