@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-install_missing dpkg-dev file "${python_packages[@]}"
+install_missing dpkg-dev file "${all_packages[@]}"
 build release
 make_scratch
 

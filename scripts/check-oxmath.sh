@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-install_missing
+install_missing "${all_packages[@]}"
 step="configuring with another math library"
 cmake --preset release -B build/othermath -DLUMO_OXMATH="$PWD/tests/fixtures/othermath"
 step="building with another math library"

@@ -1,10 +1,10 @@
 #!/bin/bash
-# Installs missing packages, builds the optimised plug-in and shows the robot in the greeting pose.
+# Installs missing packages, builds the optimised plug-in and the inspector, and shows the robot in the greeting pose.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
 install_missing
-build release
+build release lumo_norvaX3 lumo-inspect
 
 step="inspecting the robot"
 echo

@@ -6,7 +6,7 @@ set -euo pipefail
 seconds=${1:-60}
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-CXX=clang++ install_missing
+CXX=clang++ install_missing "${all_packages[@]}"
 CXX=clang++ build fuzz
 mkdir -p build/fuzz/corpus
 step="fuzzing; to run the sequence again: build/fuzz/bin/lumo-fuzz build/fuzz/crash-..."

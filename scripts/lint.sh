@@ -3,7 +3,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-install_missing clang clang-tidy clang-format cppcheck libclang-rt-14-dev "${python_packages[@]}"
+install_missing clang clang-tidy clang-format cppcheck libclang-rt-14-dev "${all_packages[@]}"
 mapfile -t sources < <(git ls-files '*.cpp')
 
 step="checking the format"

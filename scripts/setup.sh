@@ -17,14 +17,14 @@ make_scratch() { scratch=$(mktemp -d); }
 # Prints the commands in documents that a reader is told to type: the indented lines outside of tables and fences.
 documented_commands() { awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]/ { sub(/^ +/, ""); print }' "$@"; }
 
-# The packages for the Python module, its examples and its tests. The build leaves the module out if they are missing.
-python_packages=(pybind11-dev python3-dev python3-numpy python3-matplotlib python3-pytest)
+# The packages for the tests, for lumo-sines, for the manual pages, and for the Python module and its examples. The build
+# leaves out what it has no packages for.
+all_packages=(help2man libgtest-dev libmpfr-dev pybind11-dev python3-dev python3-numpy python3-matplotlib python3-pytest)
 
-# Installs the packages that the build needs and those in the arguments, if they are missing. Needs root only if one is
-# missing.
+# Installs the packages that the plug-in and the inspector need and those in the arguments, if they are missing. Needs
+# root only if one is missing.
 install_missing() {
-  local packages=(g++ cmake ninja-build make binutils help2man libeigen3-dev libboost-dev libgtest-dev libfmt-dev
-    libcli11-dev libmpfr-dev nlohmann-json3-dev "$@")
+  local packages=(g++ cmake ninja-build libeigen3-dev libboost-dev libfmt-dev libcli11-dev nlohmann-json3-dev "$@")
   [[ ${CXX:-} != *clang* ]] || packages+=(clang libclang-rt-14-dev)
 
   step="looking for installed packages"
@@ -45,8 +45,8 @@ install_missing() {
   "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends "${missing[@]}"
 }
 
-# Configures and builds one preset. Further arguments are options of CMake. A build folder keeps its compiler unless CXX
-# names another one.
+# Configures one preset and builds it, or only the targets in the further arguments. A build folder keeps its compiler
+# unless CXX names another one.
 build() {
   local preset=$1 fresh=() cache="build/$1/CMakeCache.txt" cached
   if [[ -n ${CXX:-} && -f $cache ]]; then
@@ -54,7 +54,7 @@ build() {
     [[ $(readlink -f "$cached") == $(readlink -f "$(command -v "$CXX")") ]] || fresh=(--fresh) # c++ may be g++
   fi
   step="configuring the preset $preset"
-  cmake --preset "$preset" "${fresh[@]}" "${@:2}"
+  cmake --preset "$preset" "${fresh[@]}"
   step="building the preset $preset"
-  cmake --build --preset "$preset"
+  cmake --build --preset "$preset" ${2:+--target "${@:2}"}
 }

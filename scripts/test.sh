@@ -4,7 +4,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-install_missing "${python_packages[@]}"
+install_missing "${all_packages[@]}"
 for preset in release dev tsan; do
   build "$preset"
   step="testing the preset $preset"
