@@ -9,7 +9,7 @@
 #include <mujoco/mujoco.h>
 
 #include <benchmarks/Peer.hpp>
-#include <benchmarks/rows.hpp>
+#include <benchmarks/addRow.hpp>
 #include <kinetra/minus_g.hpp>
 #include <tools/reference/BodyData.hpp>
 
@@ -89,6 +89,7 @@ class MuJoCo : public lumo::Peer {
     for (const lumo::RandomState& x : lumo::states()) inputs_.emplace_back(x);
   }
 
+  std::string name() const override { return "MuJoCo"; }
   std::string version() const override { return mj_versionString(); }
   bool floats() const override { return true; }
   double mass() const override { return model_->body_subtreemass[1]; }
@@ -101,15 +102,15 @@ class MuJoCo : public lumo::Peer {
     return Eigen::VectorXd(forces_.tail<15>());
   }
 
-  void addRows(const std::string& name) override {
-    add(name + "/computeFwdKinematics", [this](std::size_t i) { computeFwdKinematics(inputs_[i]); });
-    add(name + "/computeGeneralizedMass", [this](std::size_t) { mj_crb(model_.get(), data_.get()); });
-    add(name + "/kinematicsAndMass", [this](std::size_t i) {
+  void addRows() override {
+    add("computeFwdKinematics", [this](std::size_t i) { computeFwdKinematics(inputs_[i]); });
+    add("computeGeneralizedMass", [this](std::size_t) { mj_crb(model_.get(), data_.get()); });
+    add("kinematicsAndMass", [this](std::size_t i) {
       computeFwdKinematics(inputs_[i]);
       mj_crb(model_.get(), data_.get());
     });
-    add(name + "/computeInverseDynamics", [this](std::size_t i) { computeInverseDynamics(inputs_[i]); });
-    add(name + "/controlCycle", [this](std::size_t i) {
+    add("computeInverseDynamics", [this](std::size_t i) { computeInverseDynamics(inputs_[i]); });
+    add("controlCycle", [this](std::size_t i) {
       computeInverseDynamics(inputs_[i]);
       mj_crb(model_.get(), data_.get());
       for (int b = 1; b < model_->nbody; ++b) {
@@ -159,8 +160,8 @@ class MuJoCo : public lumo::Peer {
   }
 
   template <typename Work>
-  void add(const std::string& name, Work work) {
-    lumo::addRow(name, [this, work] {
+  void add(const std::string& operation, Work work) {
+    lumo::addRow(name() + "/" + operation, [this, work] {
       computeFwdKinematics(inputs_[0]);
       return work;
     });
@@ -172,7 +173,6 @@ class MuJoCo : public lumo::Peer {
   Eigen::Matrix<double, 21, 1> forces_;
 };
 
-const lumo::InstalledPeer installed("MuJoCo",
-                                    []() -> std::unique_ptr<lumo::Peer> { return std::make_unique<MuJoCo>(); });
-
 }  // namespace
+
+std::unique_ptr<lumo::Peer> lumo::makeMuJoCo() { return std::make_unique<MuJoCo>(); }

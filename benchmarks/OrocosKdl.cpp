@@ -6,7 +6,7 @@
 #include <kdl/treeidsolver_recursive_newton_euler.hpp>
 
 #include <benchmarks/Peer.hpp>
-#include <benchmarks/rows.hpp>
+#include <benchmarks/addRow.hpp>
 #include <kinetra/minus_g.hpp>
 #include <tools/reference/BodyData.hpp>
 
@@ -42,6 +42,7 @@ class OrocosKdl : public lumo::Peer {
     for (const lumo::RandomState& x : lumo::states()) inputs_.emplace_back(x);
   }
 
+  std::string name() const override { return "Orocos KDL"; }
   std::string version() const override { return KDL_VERSION_STRING; }
   bool floats() const override { return false; }
   double mass() const override {
@@ -63,10 +64,10 @@ class OrocosKdl : public lumo::Peer {
     return torques_.data;
   }
 
-  void addRows(const std::string& name) override {
-    lumo::addRow(name + "/computeFwdKinematicsExceptRoot",
+  void addRows() override {
+    lumo::addRow(name() + "/computeFwdKinematicsExceptRoot",
                  [this] { return [this](std::size_t i) { computeFwdKinematics(inputs_[i]); }; });
-    lumo::addRow(name + "/computeInverseDynamics",
+    lumo::addRow(name() + "/computeInverseDynamics",
                  [this] { return [this](std::size_t i) { computeInverseDynamics(inputs_[i]); }; });
   }
 
@@ -100,7 +101,6 @@ class OrocosKdl : public lumo::Peer {
   KDL::JntArray torques_{15};
 };
 
-const lumo::InstalledPeer installed("Orocos KDL",
-                                    []() -> std::unique_ptr<lumo::Peer> { return std::make_unique<OrocosKdl>(); });
-
 }  // namespace
+
+std::unique_ptr<lumo::Peer> lumo::makeOrocosKdl() { return std::make_unique<OrocosKdl>(); }

@@ -1,13 +1,13 @@
 // Times the operations of a loaded plug-in through the interface, cycling through random states. The row `floor` is the
 // sines and cosines of the 18 angles of one state, which every operation that uses new joint angles needs. The option
-// --plugin=FILE names another plug-in with the same interface; all other options are those of rows.hpp.
+// --plugin=FILE names another plug-in with the same interface; all other options are those of Google Benchmark.
 
 #include <exception>
 #include <iostream>
 #include <string>
 #include <string_view>
 
-#include <benchmarks/rows.hpp>
+#include <benchmarks/addRow.hpp>
 #include <host/Plugin.hpp>
 #include <kinetra/spatial/SinCos.hpp>
 

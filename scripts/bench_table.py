@@ -1,39 +1,28 @@
 #!/usr/bin/env python3
-"""Prints what scripts/bench.sh measured, from a folder of its results.
-
-bench_table.py times FOLDER PICTURE          our times beside those of other libraries; also draws them
-bench_table.py against FOLDER COMMIT         the times of two plug-ins
-bench_table.py instructions FOLDER PLUGIN    instructions in place of times, then their kinds and functions
-"""
+"""Prints what scripts/bench.sh measured: bench_table.py FOLDER COMMIT. FOLDER has the results of all rounds. If COMMIT is
+empty, our times are printed beside those of the other libraries, and build/performance.svg shows the same."""
 
 import json
-import math
 import pathlib
-import re
 import sys
 
-import bench_picture
-import callgrind
-import plugin_instructions
-
-PEERS = ["MuJoCo", "Orocos KDL"]
-STATES = 64  # how often a counted loop runs each row
+PEERS = {"MuJoCo": "#3f6fb0", "Orocos KDL": "#7a5ba8"}  # and their colours
+OURS = "#e08a3c"
+WIDTH, LEFT, RIGHT, TOP = 1120, 270, 130, 100  # of the picture; of what is beside the bars and above them
 
 
 def read_times(folder, program):
     """For each row of a program the shortest time (ns) of every round, and the context that the program reports."""
     rows, context = {}, {}
-    files = sorted(folder.glob(f"{program}.*.json"), key=lambda file: int(file.name.split(".")[-2]))
-    for file in files:
+    for file in sorted(folder.glob(f"{program}.*.json")):
         result = json.loads(file.read_text())
-        context.update(result["context"])
+        context = result["context"]
         shortest = {}
         for run in sorted(result["benchmarks"], key=lambda run: run["family_index"]):
             if run["run_type"] == "iteration":
-                name = run["run_name"]
-                shortest[name] = min(run["cpu_time"], shortest.get(name, math.inf))
-        for name, time in shortest.items():
-            rows.setdefault(name, []).append(time)
+                shortest.setdefault(run["run_name"], []).append(run["cpu_time"])
+        for name, times in shortest.items():
+            rows.setdefault(name, []).append(min(times))
     return rows, context
 
 
@@ -42,92 +31,92 @@ def halves(rounds):
     return min(rounds[::2]), min(rounds[1::2])
 
 
-def print_repeatability(differences, what):
-    worst = max(differences, key=differences.get)
-    print(f"{what} of odd and even rounds differ by {differences[worst]:.1%} at most, in {worst}"
-          + ("; this machine is too busy for a fair comparison" if differences[worst] > 0.05 else ""))
-
-
 def print_table(rows):
-    widths = [max(len(row[column]) for row in rows) for column in range(len(rows[0]))]
-    rows.insert(1, ["-" * widths[0]] + ["-" * (width - 1) + ":" for width in widths[1:]])
+    rows.insert(1, ["---"] + ["---:"] * (len(rows[0]) - 1))
+    widths = [max(map(len, column)) for column in zip(*rows)]
     for row in rows:
         cells = [row[0].ljust(widths[0])] + [cell.rjust(width) for cell, width in zip(row[1:], widths[1:])]
         print("| " + " | ".join(cells) + " |")
 
 
-def print_beside_peers(values, unit):
-    """Our rows beside the floor and the peers, whose rows are named PEER/OPERATION."""
-    peers = [peer for peer in PEERS if any(name.startswith(peer + "/") for name in values)]
-    rows = [["operation", unit, "x floor"]]
-    for peer in peers:
-        rows[0] += [peer, "ratio"]
-    for name, value in values.items():
-        if "/" in name:
-            continue
-        row = [name, f"{value:.0f}", f"{value / values['floor']:.2f}"]
-        for peer in peers:
-            theirs = values.get(f"{peer}/{name}")
-            row += [f"{theirs:.0f}", f"{theirs / value:.1f}"] if theirs else ["", ""]
-        rows.append(row)
+def print_repeatability(differences, what):
+    worst = max(differences, key=differences.get)
+    print(f"\n{what} of odd and even rounds differ by {differences[worst]:.1%} at most, in {worst}"
+          + ("; this machine is too busy for a fair comparison" if differences[worst] > 0.05 else ""))
+
+
+def compare_with_peers(folder):
+    rounds, _ = read_times(folder, "now")
+    peers, context = read_times(folder, "peers")
+    rounds.update(peers)
+    best = {name: min(times) for name, times in rounds.items()}
+    rows = [["operation", "ns", "x floor"] + [title for peer in PEERS for title in (peer, "ratio")]]
+    for name in best:
+        if "/" not in name:
+            row = [name, f"{best[name]:.0f}", f"{best[name] / best['floor']:.2f}"]
+            for peer in PEERS:
+                theirs = best.get(f"{peer}/{name}")
+                row += [f"{theirs:.0f}", f"{theirs / best[name]:.1f}"] if theirs else ["", ""]
+            rows.append(row)
     print_table(rows)
-
-
-def times(folder, picture):
-    rows, context = {}, {}
-    for program in ["bench_passes", "bench_peers"]:
-        more_rows, more_context = read_times(folder, program)
-        rows.update(more_rows)
-        context.update(more_context)
-    values = {name: min(rounds) for name, rounds in rows.items()}
-    print_beside_peers(values, "ns")
-    print()
+    print_repeatability({name: max(halves(times)) / min(times) - 1 for name, times in rounds.items()}, "The times")
     for peer in PEERS:
-        print(f"{peer}: {context.get(peer, 'left out')}")
-    spread = {name: max(halves(rounds)) / min(rounds) - 1 for name, rounds in rows.items()}
-    print_repeatability(spread, "The times")
-    pathlib.Path(picture).write_text(bench_picture.draw(values, [peer for peer in PEERS if peer in context]))
-    print(f"{picture} shows the same as a picture.")
+        print(f"{peer}: {context[peer]}")
+    pathlib.Path("build/performance.svg").write_text(picture(best))
 
 
-def against(folder, commit):
-    before, _ = read_times(folder, "before")
-    now, _ = read_times(folder, "now")
+def compare_with_commit(folder, commit):
+    (before, _), (now, _) = read_times(folder, "before"), read_times(folder, "now")
+    del now["floor"]  # which is not in the plug-in
     rows, spread = [["operation", f"ns, {commit}", "ns, now", f"now / {commit}"]], {}
     for name in now:
-        if name == "floor":  # is not taken in the plug-in
-            continue
-        rows.append([name, f"{min(before[name]):.0f}", f"{min(now[name]):.0f}",
-                     f"{min(now[name]) / min(before[name]):.3f}"])
+        ours, theirs = min(now[name]), min(before[name])
+        rows.append([name, f"{theirs:.0f}", f"{ours:.0f}", f"{ours / theirs:.3f}"])
         ratios = [ours / theirs for ours, theirs in zip(halves(now[name]), halves(before[name]))]
         spread[name] = max(ratios) / min(ratios) - 1
     print_table(rows)
-    print()
     print_repeatability(spread, "The ratios")
 
 
-def instructions(folder, plugin):
-    values, kinds, functions = {}, {}, {}
-    for names in sorted(folder.glob("*.names")):
-        for name, file in zip(names.read_text().splitlines(), callgrind.dump_files(names.with_suffix(""))):
-            values[name] = sum(count for _, _, count in callgrind.read_entries(file)) / STATES
-            if re.match("compute|controlCycle", name):
-                kinds[name], functions[name] = plugin_instructions.read_counts(plugin, file)
-    print_beside_peers(values, "instructions")
-    print()
-    rows = [["in the plug-in", "all"] + plugin_instructions.KINDS]
-    for name, counts in kinds.items():
-        numbers = [sum(counts.values())] + [counts[kind] for kind in plugin_instructions.KINDS]
-        rows.append([name] + [f"{number / STATES:.0f}" for number in numbers])
-    print_table(rows)
-    print()
-    rows = [["in the plug-in", "function", "instructions"]]
-    for name, counts in functions.items():
-        rows += [[name, function, f"{count / STATES:.0f}"] for function, count in counts.most_common()
-                 if count > 0.01 * sum(counts.values())]
-    print_table(rows)
+def picture(best):
+    """The times as bars, in SVG, with the floor as a line."""
+    scale = (WIDTH - LEFT - RIGHT) / max(best.values())
+    floor = LEFT + scale * best["floor"]
+    shapes, y = [], TOP
+    for name in best:
+        if "/" in name or name == "floor":
+            continue
+        shapes.append(f"<text x='{LEFT - 12}' y='{y + 12}' text-anchor='end'>{name}</text>")
+        for row, colour in [(name, OURS)] + [(f"{peer}/{name}", PEERS[peer]) for peer in PEERS]:
+            if row in best:
+                end = LEFT + scale * best[row]
+                times = f" = {best[row] / best[name]:.1f} x ours" if row != name else ""
+                shapes.append(f"<rect x='{LEFT}' y='{y}' width='{end - LEFT:.1f}' height='13' fill='{colour}'/>"
+                              f"<text class='note' x='{max(end, floor) + 7:.1f}' y='{y + 11}'>"
+                              f"{best[row]:.0f}{times}</text>")
+                y += 15
+        y += 13
+    for number, (name, colour) in enumerate([("this plug-in", OURS), *PEERS.items()]):
+        x = LEFT + 130 * number
+        shapes.append(f"<rect x='{x}' y='44' width='12' height='12' fill='{colour}'/>"
+                      f"<text x='{x + 18}' y='54'>{name}</text>")
+    return "\n".join([
+        f"<svg xmlns='http://www.w3.org/2000/svg' width='{WIDTH}' height='{y}' viewBox='0 0 {WIDTH} {y}'",
+        "  font-family='Helvetica, Arial, DejaVu Sans, sans-serif'>",
+        "<style>text {font-size: 12.5px; fill: #2b303b} .title {font-size: 20px; font-weight: bold}",
+        ".note {font-size: 12px; fill: #6b7482}</style>",
+        "<rect width='100%' height='100%' fill='white'/>",
+        "<text class='title' x='24' y='32'>Time of one call</text>",
+        "<text class='note' x='24' y='54'>nanoseconds; shorter is better</text>",
+        *shapes,
+        f"<path d='M{floor:.1f} {TOP - 10}V{y - 9}' stroke='black' stroke-width='1.5'/>",
+        f"<text class='note' x='{floor - 5:.1f}' y='{TOP - 16}'>{best['floor']:.0f}: the floor, the sines and cosines of one"
+        " state</text>",
+        "</svg>", ""])
 
 
 if __name__ == "__main__":
-    {"times": times, "against": against, "instructions": instructions}[sys.argv[1]](pathlib.Path(sys.argv[2]),
-                                                                                    sys.argv[3])
+    if sys.argv[2]:
+        compare_with_commit(pathlib.Path(sys.argv[1]), sys.argv[2])
+    else:
+        compare_with_peers(pathlib.Path(sys.argv[1]))
