@@ -107,24 +107,27 @@ struct Findings {
   }
 };
 
-/// Compares one block of floats after another until no thread has a block left.
-Findings compareBlocks(std::atomic<std::uint32_t>& nextBlock) {
-  constexpr std::uint32_t blocks = 1U << 15U;  // of half of all floats; the others are their negatives
+constexpr std::uint32_t allBlocks = 1U << 15U;  // of half of all floats; the others are their negatives
+
+/// Compares every `step`-th block of floats until no thread has a block left. The sine of `spoilt` is taken as one unit
+/// in the last place larger than it is.
+Findings compareBlocks(std::atomic<std::uint32_t>& nextBlock, std::uint32_t step, float spoilt) {
   constexpr std::uint32_t perBlock = 1U << 16U;
   constexpr std::uint32_t n = 16;
   Truth truth;
   Findings findings;
-  for (std::uint32_t block; (block = nextBlock++) < blocks;) {
+  for (std::uint32_t block; (block = step * nextBlock++) < allBlocks;) {
     for (std::uint32_t i = 0; i < perBlock; i += n) {
       std::array<float, n> angles, negatives;
       for (std::uint32_t k = 0; k < n; ++k) {
         angles[k] = bits<float>(block * perBlock + i + k);
         negatives[k] = -angles[k];
       }
-      const auto results = kinetra::Spatial::sinCos<n>(angles.data());
+      auto results = kinetra::Spatial::sinCos<n>(angles.data());
       const auto resultsOfNegatives = kinetra::Spatial::sinCos<n>(negatives.data());
       for (std::uint32_t k = 0; k < n; ++k) {
         const SinCos nearest = truth.of(angles[k]);
+        if (angles[k] == spoilt) results[k].s = std::nextafter(results[k].s, 2.0F);
         findings.compare(angles[k], results[k], nearest);
         findings.compare(negatives[k], resultsOfNegatives[k], {-nearest.s, nearest.c});
       }
@@ -139,12 +142,16 @@ void run(int argc, char** argv) {
                "lumo-sines"};
   unsigned threads = std::max(1U, std::thread::hardware_concurrency());
   app.add_option("--threads", threads, "Number of threads; by default one for each core")->check(CLI::Range(1U, 1024U));
+  std::uint32_t step = 1;
+  float spoilt = std::nanf("");
+  app.add_option("--step", step, "Compare only every STEP-th block of 65,536 floats")->check(CLI::Range(1U, allBlocks));
+  app.add_option("--spoil", spoilt, "Change the sine of this angle by a unit in the last place, to test this program");
   if (!lumo::parse(app, argc, argv)) return;
 
   std::atomic<std::uint32_t> nextBlock = 0;
   std::vector<std::future<Findings>> parts;
   for (unsigned i = 0; i < threads; ++i) {
-    parts.push_back(std::async(std::launch::async, [&] { return compareBlocks(nextBlock); }));
+    parts.push_back(std::async(std::launch::async, [&] { return compareBlocks(nextBlock, step, spoilt); }));
   }
   Findings all;
   for (auto& part : parts) all += part.get();
