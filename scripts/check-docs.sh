@@ -1,11 +1,11 @@
 #!/bin/bash
 # Runs the commands that README.md and docs/ tell a reader to type, one after another. The home folder is a temporary
 # one, because the commands install files in it. Scripts are not run, because CI runs them separately, and neither are
-# commands that need root. Then runs the Python code in docs/.
+# commands that need root. Then runs the Python code in docs/, and builds what no command builds.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-install_missing dpkg-dev file doxygen "${all_packages[@]}"
+install_missing dpkg-dev file doxygen "${all_packages[@]}" "${bench_packages[@]}"
 make_scratch
 
 step="looking for commands"
@@ -24,8 +24,10 @@ step="looking for the message of the exception in docs/python.md in that output"
 message=$(sed -n 's/^ *print(error)  # //p' "$scratch/docs.py")
 [[ -n $message ]]
 grep -qxF "$message" "$scratch/output"
-step="comparing a picture in docs/ with what its command has drawn"
-cmp build/gravity_torques.svg docs/gravity_torques.svg
-step="writing the reference of the public headers"
-cmake --build --preset release --target docs
+step="writing the reference of the public headers and building the benchmarks"
+cmake --build --preset release --target docs bench_passes bench_peers
+for program in bench_passes bench_peers; do
+  step="running $program"
+  "build/release/bin/$program" --benchmark_min_time=0 >/dev/null
+done
 echo "The commands of README.md and docs/ and the Python code in docs/ work."
