@@ -7,7 +7,7 @@
     robot.computeFwdKinematics()
     robot.getPose("RWristYaw")  # a 4 x 4 NumPy array
 
-The objects have the 56 operations of the C++ interface under the same names: help(lumo.RigidBodySystem).
+The objects have the operations of the C++ interface under the same names: help(lumo.RigidBodySystem).
 They hold Python's interpreter lock while they compute, and start no threads.
 """
 

@@ -124,7 +124,6 @@ def run(code, *arguments):
 def test_operations_are_those_of_the_interface_in_the_module_and_in_its_stub():
     header = (HERE / "../../service/RigidBodySystem.hpp").read_text()
     interface = re.findall(r"\bvirtual [^~;{(]*\b(\w+)\(", header)
-    assert len(interface) == 56
     assert {name for name in vars(lumo.RigidBodySystem) if name[0] != "_"} == set(interface)
 
     stub = ast.parse((HERE / "../lumo/__init__.pyi").read_text())
