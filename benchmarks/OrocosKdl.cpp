@@ -47,7 +47,7 @@ class OrocosKdl : public lumo::Peer {
   bool floats() const override { return false; }
   double mass() const override {
     double sum = 0.0;
-    for (const auto& [name, element] : tree_.getSegments()) sum += element.segment.getInertia().getMass();
+    for (const auto& [body, element] : tree_.getSegments()) sum += element.segment.getInertia().getMass();
     return sum;
   }
   Eigen::Vector3d com(const lumo::RandomState& x) override {

@@ -8,10 +8,9 @@ source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 case "$#:${1:-}" in
   0:) commit="" ;;
   2:--against)
-    step="looking for the commit $2"
-    commit=$(git rev-parse --verify "$2^{commit}")
+    commit=$(git rev-parse --verify --quiet "$2^{commit}") || refuse "bench.sh: git finds no commit $2 here"
     ;;
-  *) step="reading its arguments"; echo "usage: scripts/bench.sh [--against COMMIT]" >&2; exit 2 ;;
+  *) refuse "usage: scripts/bench.sh [--against COMMIT]" ;;
 esac
 
 install_missing "${bench_packages[@]}"

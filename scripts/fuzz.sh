@@ -5,6 +5,7 @@
 set -euo pipefail
 seconds=${1:-60}
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
+[[ $seconds =~ ^[0-9]+$ ]] || refuse "usage: scripts/fuzz.sh [SECONDS]"
 
 CXX=clang++ install_missing "${all_packages[@]}"
 CXX=clang++ build fuzz

@@ -9,7 +9,7 @@ all=""
 case "$*" in
   "") ;;
   --all) all=yes ;;
-  *) echo "usage: reproduce.sh [--all]" >&2; step="reading its arguments"; exit 2 ;;
+  *) refuse "usage: scripts/reproduce.sh [--all]" ;;
 esac
 
 folder=build/reproduce

@@ -11,6 +11,13 @@ finish() {
 }
 trap finish EXIT
 
+# Ends the script, because its arguments are wrong.
+refuse() {
+  trap - EXIT
+  echo "$1" >&2
+  exit 2
+}
+
 # Makes a temporary folder, $scratch, which is removed when the script ends.
 make_scratch() { scratch=$(mktemp -d); }
 
