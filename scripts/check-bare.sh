@@ -34,7 +34,7 @@ bare() {
 
 step="looking for commands"
 mapfile -t commands < <(documented_commands README.md)
-for part in scripts/demo.sh scripts/test.sh "cmake --install" "cmake -S examples/host"; do
+for part in scripts/demo.sh scripts/test.sh "cmake --install" "-S examples/host"; do
   [[ ${commands[*]} == *"$part"* ]] || { echo "README.md has no command with $part" >&2; exit 1; }
 done
 for command in "${commands[@]}"; do
