@@ -28,6 +28,6 @@ step="writing the reference of the public headers and building the benchmarks"
 cmake --build --preset release --target docs bench_passes bench_peers
 for program in bench_passes bench_peers; do
   step="running $program"
-  "build/release/bin/$program" --benchmark_min_time=0 >/dev/null
+  "build/release/bin/$program" --benchmark_min_time=0 >"$scratch/log" 2>&1 || { cat "$scratch/log"; exit 1; }
 done
 echo "The commands of README.md and docs/ and the Python code in docs/ work."
