@@ -443,7 +443,7 @@ void addOperations(Operations& robot) {
   robot.op(
       "getJacobianInRoot", "", &System::getJacobianInRoot,
       "6 x 21, rows angular then linear: the velocity, at the root's origin in its frame, that a unit rate of each\n"
-      "coordinate gives the body it moves. View.");
+      "coordinate gives the body whose joint has it. View.");
   robot.op("getParentsVector", "", &System::getParentsVector, "Per body, its parent; -1 for the root.");
   robot.op("getDofNumbersVector", "", &System::getDofNumbersVector, "Per body, how many coordinates it has.");
   robot.op("getDofIndexesVector", "", &System::getDofIndexesVector, "Per body, the index of its first coordinate.");

@@ -28,9 +28,8 @@ struct RandomState {
   OX::Math::Transform rootPose() const {
     return OX::Math::transformFromPosition6D(OX::Math::Position6D(q[0], q[1], q[2], q[3], q[4], q[5]));
   }
-  /// Sets all inputs except the wrenches. The type of the system is RigidBodySystem or a declaration of a host's own.
-  template <class System>
-  void set(System& system) const {
+  /// Sets all inputs except the wrenches.
+  void set(RigidBodySystem& system) const {
     system.setRootPose(rootPose());
     system.setRootVelocity(OX::Math::Velocity6D(dq[0], dq[1], dq[2], dq[3], dq[4], dq[5]));
     system.setRootAcceleration(OX::Math::Velocity6D(ddq[0], ddq[1], ddq[2], ddq[3], ddq[4], ddq[5]));
@@ -38,8 +37,7 @@ struct RandomState {
     system.setJointAnglesVel(dq.tail<15>());
     system.setJointAnglesAcc(ddq.tail<15>());
   }
-  template <class System>
-  void setWrenches(System& system) const {
+  void setWrenches(RigidBodySystem& system) const {
     for (std::size_t b = 0; b < wrenches.size(); ++b) system.setExternalWrench(b, wrenches[b]);
   }
 

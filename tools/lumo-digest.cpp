@@ -1,122 +1,69 @@
 // lumo-digest: sets many random states of a plug-in's robot, computes all results and prints one hash for each kind of
-// result. Two plug-ins that compute the same bits print the same lines.
+// result. Two plug-ins that compute the same bits print the same lines. It also finds the first value in which two
+// plug-ins differ.
 
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <stdexcept>
 #include <string>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
 
 #include <host/Plugin.hpp>
-#include <tools/RandomState.hpp>
+#include <tools/digest.hpp>
 #include <tools/program.hpp>
-#include <tools/toFloats.hpp>
 
 namespace {
 
-/// The hash FNV-1a of the bits of floats. The bits of 0 and -0 differ.
-class Hash {
- public:
-  void add(const float* values, std::size_t count) {
-    for (std::size_t i = 0; i < count; ++i) {
-      std::uint32_t bits;
-      std::memcpy(&bits, values + i, sizeof bits);
-      for (int byte = 0; byte < 4; ++byte, bits >>= 8U) value_ = (value_ ^ (bits & 0xffU)) * 0x100000001b3U;
-    }
-  }
-  template <class HostValue>
-  void add(const HostValue& value) {
-    const auto values = lumo::toFloats(value);
-    add(values.data(), values.size());
-  }
-  std::uint64_t value() const { return value_; }
+using lumo::RigidBodySystem;
 
- private:
-  std::uint64_t value_ = 0xcbf29ce484222325U;
+struct Value {
+  std::string name;
+  float value;
 };
 
-std::string digest(lumo::RigidBodySystem& robot, std::uint64_t states, float scale) {
-  Hash root, poses, posesInRoot, coms, comsOfBodies, jacobian, mass, partialComs, partialJacobians, torques;
-  Eigen::Matrix<float, 3, Eigen::Dynamic> J;
-  const std::size_t bodies = robot.getNbBodies();
-  for (std::uint64_t seed = 0; seed < states; ++seed) {
-    const lumo::RandomState state(seed, scale);
-    state.set(robot);
-    state.setWrenches(robot);
-    root.add(robot.getRootPose());
+std::vector<Value> valuesOfNumber(std::uint64_t i, RigidBodySystem& robot, std::uint64_t states, float scale) {
+  std::vector<Value> all;
+  lumo::computeNumber(i, robot, states, scale, [&all](const char* kind, int body, const float* values, std::size_t n) {
+    const std::string name = body < 0 ? kind : fmt::format("{}, body {}", kind, body);
+    for (std::size_t k = 0; k < n; ++k) all.push_back({fmt::format("{}, value {}", name, k), values[k]});
+  });
+  return all;
+}
 
-    robot.computeFwdKinematics();
-    coms.add(robot.getComPosition());
-    coms.add(robot.getComPositionInRoot());
-    jacobian.add(robot.getJacobianInRoot().data(), 6 * 21);
-    robot.computeGeneralizedMass();
-    mass.add(robot.getGeneralizedMass().data(), 21 * 21);
-    for (std::size_t b = 0; b < bodies; ++b) {
-      poses.add(robot.getPose(b));
-      posesInRoot.add(robot.getPoseInRoot(b));
-      comsOfBodies.add(robot.getComPosition(b));
-      partialComs.add(robot.computePartialComPositionInRoot(b));
-      robot.computePartialComJacobian(b, J);
-      partialJacobians.add(J.data(), 3 * 21);
+/// Throws an exception that names the first state and the first value of which the bits differ.
+void compare(RigidBodySystem& a, RigidBodySystem& b, std::uint64_t states, float scale) {
+  for (std::uint64_t i = 0; i < lumo::lengthOfSequence(states); ++i) {
+    const auto mine = valuesOfNumber(i, a, states, scale), others = valuesOfNumber(i, b, states, scale);
+    for (std::size_t k = 0; k < mine.size(); ++k) {
+      const float x = mine[k].value, y = others[k].value;
+      if (std::memcmp(&x, &y, sizeof x) == 0) continue;
+      throw std::runtime_error(
+          fmt::format("state {}, {}: {:.9g} ({:a}), in the other plug-in {:.9g} ({:a})", i, mine[k].name, x, x, y, y));
     }
-    robot.computeInverseDynamics();
-    torques.add(robot.getJointAnglesTorque().begin(), robot.getNbJointAngles());
   }
-
-  // This part comes last, because it replaces the inertias of the bodies for the whole process.
-  Hash otherInertias;
-  for (std::uint64_t seed = 0; seed < states / 10; ++seed) {
-    const lumo::RandomState state(seed, scale);
-    const float* x = state.ddq.data();
-    const Eigen::Matrix3f inertia = Eigen::Matrix3f::Map(x + 4) * 0.0001F;
-    const OX::Math::Position3D com(0.01F * x[1], 0.01F * x[2], 0.01F * x[3]);
-    robot.setBodyInertia(seed % bodies, 1.0F + 0.05F * x[0], com, inertia);
-    state.set(robot);
-    robot.computeFwdKinematics();
-    robot.computeGeneralizedMass();
-    robot.computeInverseDynamics();
-    otherInertias.add(robot.getComPositionInRoot());
-    otherInertias.add(robot.getGeneralizedMass().data(), 21 * 21);
-    otherInertias.add(robot.getJointAnglesTorque().begin(), robot.getNbJointAngles());
-    const float masses[] = {robot.getMass(), robot.getPartialMass(1)};
-    otherInertias.add(masses, 2);
-  }
-
-  std::string text;
-  const auto line = [&text](const char* kind, const Hash& hash) {
-    text += fmt::format("{:24} {:016x}\n", kind, hash.value());
-  };
-  line("root pose", root);
-  line("poses", poses);
-  line("poses in root", posesInRoot);
-  line("centres of mass", coms);
-  line("bodies' centres of mass", comsOfBodies);
-  line("Jacobian", jacobian);
-  line("mass matrix", mass);
-  line("partial centres of mass", partialComs);
-  line("partial com Jacobians", partialJacobians);
-  line("torques", torques);
-  line("with other inertias", otherInertias);
-  return text;
 }
 
 void run(int argc, char** argv) {
   CLI::App app{
       "Prints a hash of each kind of result over many states, so that the bits of two plug-ins can be compared.",
       "lumo-digest"};
-  std::filesystem::path file;
+  std::filesystem::path file, other;
   std::uint64_t states = 2000;
   float scale = 1.0F;
   lumo::addPluginOption(app, file);
+  app.add_option("--against", other, "Another plug-in: print no hashes, but the first value that differs from its own");
   app.add_option("--states", states, "Number of states")->capture_default_str();
   app.add_option("--scale", scale, "Factor for all inputs; the value 1 means angles up to 3 rad")
       ->capture_default_str();
   if (!lumo::parse(app, argc, argv)) return;
 
   const auto robot = lumo::Plugin(file).create();
-  lumo::write(digest(*robot, states, scale));
+  if (other.empty()) return lumo::write(lumo::digest(*robot, states, scale));
+  compare(*robot, *lumo::Plugin(other).create(), states, scale);
+  lumo::write(fmt::format("All bits are the same in {} states.\n", states));
 }
 
 }  // namespace

@@ -1,3 +1,5 @@
+#include <fstream>
+
 #include <gtest/gtest.h>
 
 #include <host/Plugin.hpp>
@@ -9,6 +11,19 @@ TEST(Plugin, IsLoadedFromTheCurrentFolderIfItsNameHasNoSlash) {
   std::filesystem::current_path(file.parent_path());
   EXPECT_NO_THROW(lumo::Plugin(file.filename()).create());
   std::filesystem::current_path(here);
+}
+
+TEST(Plugin, ErrorMessageContainsTheNameOfTheFile) {
+  std::ofstream(testing::TempDir() + "lumo-no-library") << "text";
+  for (const std::string& file :
+       {std::string("no/such.so"), testing::TempDir() + "lumo-no-library", std::string(OXMATH_LIBRARY)}) {
+    try {
+      const lumo::Plugin plugin(file);
+      ADD_FAILURE() << file << " is loaded";
+    } catch (const std::runtime_error& error) {
+      EXPECT_NE(std::string(error.what()).find(file), std::string::npos) << error.what();
+    }
+  }
 }
 
 TEST(Plugin, SymbolsAreLocal) {

@@ -1,15 +1,60 @@
 #pragma once
 
-#include <cstdint>
 #include <cstring>
+#include <functional>
 #include <string>
 #include <vector>
 
+#include <service/RigidBodySystem.hpp>
 #include <tests/support/toDoubles.hpp>
 
 namespace lumo::test {
 
-/// One result of an object, with the name that failures print.
+using Size = std::size_t;
+constexpr Size nb_bodies = 16, nb_joint_angles = 15;
+
+/// Calls visit(kind, query) or visit(kind, query, index) for every query of a state, a result or a name. The call
+/// std::invoke(query, system) or std::invoke(query, system, index) makes the query.
+template <class Visit>
+void forEachQuery(const Visit& visit) {
+  using S = RigidBodySystem;
+  visit("rootPose", &S::getRootPose);
+  visit("rootVelocity", &S::getRootVelocity);
+  visit("rootAcceleration", &S::getRootAcceleration);
+  visit("positions", &S::getJointAnglesPos);
+  visit("velocities", &S::getJointAnglesVel);
+  visit("accelerations", &S::getJointAnglesAcc);
+  visit("masses", [](const S& s) { return s.getMass(); });
+  visit("com", [](const S& s) { return s.getComPosition(); });
+  visit("comInRoot", &S::getComPositionInRoot);
+  visit("jacobian", &S::getJacobianInRoot);
+  visit("massMatrix", &S::getGeneralizedMass);
+  visit("torques", &S::getJointAnglesTorque);
+  visit("volatilePose", [](const S& s) { return s.getVolatilePose(0); });
+  visit("worldPose", [](const S& s) { return s.getPose(static_cast<Size>(-1)); });
+  visit("rootName", [](const S& s) { return s.getBodyId(s.getRootName()); });
+  for (Size k = 0; k < nb_joint_angles; ++k) {
+    visit("positions", &S::getJointAnglePos, k);
+    visit("velocities", &S::getJointAngleVel, k);
+    visit("accelerations", &S::getJointAngleAcc, k);
+    visit("torques", &S::getJointAngleTorque, k);
+    visit(
+        "jointNames", [](const S& s, Size i) { return s.getJointAngleId(s.getJointAngleName(i)); }, k);
+  }
+  for (Size b = 0; b < nb_bodies; ++b) {
+    visit("poses", &S::getPose, b);
+    visit("posesInRoot", &S::getPoseInRoot, b);
+    visit(
+        "bodyComs", [](const S& s, Size i) { return s.getComPosition(i); }, b);
+    visit(
+        "masses", [](const S& s, Size i) { return s.getMass(i); }, b);
+    visit("partialMasses", &S::getPartialMass, b);
+    visit(
+        "bodyNames", [](const S& s, Size i) { return s.getBodyId(s.getBodyName(i)); }, b);
+  }
+}
+
+/// A value that an object returns, with the name that failures print: its kind, and the index after a space.
 struct Answer {
   std::string what;
   Eigen::MatrixXd value;
@@ -23,60 +68,24 @@ inline bool operator==(const Answer& a, const Answer& b) {
          std::memcmp(a.value.data(), b.value.data(), bytes) == 0;
 }
 
-/// The results of all queries of an object. No query changes the object.
-template <class System>
-Answers queries(const System& o) {
+/// The answers to all queries. No query changes the object.
+inline Answers queries(const RigidBodySystem& o) {
   Answers all;
-  const auto add = [&all](const std::string& what, const auto& value) { all.push_back({what, toDoubles(value)}); };
-  const auto addTable = [&](const char* what, const std::vector<std::int64_t>& table) {
-    add(what, Eigen::Matrix<std::int64_t, 16, 1>(table.data()));
-  };
-  add("name '" + o.getName() + "', root " + o.getRootName() + ", joints, volatile frames",
-      Eigen::Vector2i(static_cast<int>(o.getNbJointAngles()), static_cast<int>(o.getNbVolatileFrames())));
-  addTable("parents", o.getParentsVector());
-  addTable("numbers of coordinates", o.getDofNumbersVector());
-  addTable("indexes of coordinates", o.getDofIndexesVector());
-  add("root pose", o.getRootPose());
-  add("root velocity", o.getRootVelocity());
-  add("root acceleration", o.getRootAcceleration());
-  add("all joint positions", o.getJointAnglesPos());
-  add("all joint velocities", o.getJointAnglesVel());
-  add("all joint accelerations", o.getJointAnglesAcc());
-  add("all torques", o.getJointAnglesTorque());
-  for (std::size_t k = 0; k < o.getNbJointAngles(); ++k) {
-    const std::string& name = o.getJointAngleName(k);
-    add("number of joint " + name, o.getJointAngleId(name));
-    add("position, velocity, acceleration, torque of joint " + name,
-        Eigen::Vector4f(o.getJointAnglePos(k), o.getJointAngleVel(k), o.getJointAngleAcc(k), o.getJointAngleTorque(k)));
-  }
-  for (std::size_t b = 0; b < o.getNbBodies(); ++b) {
-    const std::string& name = o.getBodyName(b);
-    add("number of body " + name, o.getBodyId(name));
-    add("mass and partial mass of " + name, Eigen::Vector2f(o.getMass(b), o.getPartialMass(b)));
-    add("pose of " + name, o.getPose(b));
-    add("pose in the root of " + name, o.getPoseInRoot(b));
-    add("centre of mass of " + name, o.getComPosition(b));
-  }
-  add("pose of the world", o.getPose(static_cast<std::size_t>(-1)));
-  add("volatile pose", o.getVolatilePose(0));
-  add("mass", o.getMass());
-  add("centre of mass", o.getComPosition());
-  add("centre of mass in the root", o.getComPositionInRoot());
-  add("Jacobian", o.getJacobianInRoot());
-  add("mass matrix", o.getGeneralizedMass());
+  forEachQuery([&](std::string what, auto query, auto... index) {
+    ((what += " " + std::to_string(index)), ...);
+    all.push_back({what, toDoubles(std::invoke(query, o, index...))});
+  });
   return all;
 }
 
-/// The results of all queries, and those that an object computes on each call.
-template <class System>
-Answers answers(System& o) {
+/// The same and the results that an object computes at each call.
+inline Answers answers(RigidBodySystem& o) {
   Answers all = queries(o);
   Eigen::Matrix<float, 3, Eigen::Dynamic> J;
-  for (std::size_t b = 0; b < o.getNbBodies(); ++b) {
+  for (Size b = 0; b < nb_bodies; ++b) {
     o.computePartialComJacobian(b, J);
-    all.push_back({"partial Jacobian without " + o.getBodyName(b), toDoubles(J)});
-    all.push_back(
-        {"partial centre of mass without " + o.getBodyName(b), toDoubles(o.computePartialComPositionInRoot(b))});
+    all.push_back({"partialJacobians " + std::to_string(b), toDoubles(J)});
+    all.push_back({"partialComs " + std::to_string(b), toDoubles(o.computePartialComPositionInRoot(b))});
   }
   return all;
 }

@@ -24,4 +24,37 @@ TEST(AnyInput, SineOfHugeAnglesIsCorrectlyRounded) {
   }
 }
 
+TEST(AnyInput, TorquesAreNotFiniteIfAnInputIsNotFinite) {
+  using S = RigidBodySystem;
+  struct Input {
+    const char* name;
+    void (*set)(S&, float);
+  };
+  const Input inputs[] = {
+      {"root pose",
+       [](S& s, float x) { s.setRootPose(OX::Math::transformFromPosition6D(OX::Math::Position6D(0, 0, 0, x, 0, 0))); }},
+      {"root velocity", [](S& s, float x) { s.setRootVelocity(Velocity6D(0, 0, 0, x, 0, 0)); }},
+      {"root acceleration", [](S& s, float x) { s.setRootAcceleration(Velocity6D(x, 0, 0, 0, 0, 0)); }},
+      {"joint position", [](S& s, float x) { s.setJointAnglePos(9, x); }},
+      {"joint velocity", [](S& s, float x) { s.setJointAngleVel(9, x); }},
+      {"joint acceleration", [](S& s, float x) { s.setJointAngleAcc(9, x); }},
+      {"wrench",
+       [](S& s, float x) {
+         s.setExternalWrench(10, {0, 0, x, 0, 0, 0});
+       }},
+      {"wrench in a frame",
+       [](S& s, float x) {
+         s.setExternalWrench(10, {0, 0, x, 0, 0, 0}, Transform());
+       }},
+  };
+  for (const Input& input : inputs) {
+    for (const float x : {NAN, HUGE_VALF}) {
+      const auto system = create();
+      input.set(*system, x);
+      system->computeInverseDynamics();
+      EXPECT_FALSE(toDoubles(system->getJointAnglesTorque()).allFinite()) << input.name << ' ' << x;
+    }
+  }
+}
+
 }  // namespace

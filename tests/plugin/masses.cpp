@@ -7,7 +7,7 @@ using namespace lumo::test;
 /// The masses are data of the loaded plug-in, so each test loads it afresh.
 struct Masses : testing::Test {
   const lumo::Plugin plugin{LUMO_PLUGIN};
-  const Object system = create(plugin);
+  const Object system = plugin.create();
   const Position3D com = Position3D(0.1F, -0.2F, 0.3F);
   const Eigen::Matrix3f none = Eigen::Matrix3f::Zero();
 };
@@ -37,7 +37,7 @@ TEST_F(Masses, AreAddedUpAgainForANewObjectButNotForAClone) {
   ASSERT_NE(sum, total);  // they differ by rounding for this mass
   const auto clone = system->clone();
   EXPECT_TRUE(identical(system->getMass(), total));
-  const auto added = create(plugin);
+  const auto added = plugin.create();
   EXPECT_TRUE(identical(system->getMass(), sum));
 }
 

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <host/Plugin.hpp>
-#include <tests/plugin/Host.hpp>
 #include <tests/plugin/answers.hpp>
 #include <tests/support/matchers.hpp>
 #include <tools/RandomState.hpp>
@@ -19,20 +18,18 @@
 
 namespace lumo::test {
 
-constexpr Size nb_bodies = 16, nb_joint_angles = 15;
 constexpr double epsilon = 0x1p-23;
 
-using Object = std::shared_ptr<Host>;
-using lumo::RandomState;
+using lumo::FloatView, lumo::RandomState, lumo::RigidBodySystem;
+using Object = Plugin::Object;
+using Jacobian = Eigen::Matrix<float, 3, Eigen::Dynamic>;
+using Table = std::vector<std::int64_t>;
+using OX::Math::Position3D, OX::Math::Transform, OX::Math::Velocity6D;
 
-inline Object create(const Plugin& plugin) {
-  const std::shared_ptr<RigidBodySystem> object = plugin.create();
-  return {object, reinterpret_cast<Host*>(object.get())};
-}
 /// Creates an object from a plug-in that is never unloaded, so that the sanitizers can name its functions in reports.
 inline Object create() {
   static const Plugin& plugin = *new Plugin(LUMO_PLUGIN);
-  return create(plugin);
+  return plugin.create();
 }
 
 inline Eigen::Affine3d frame(const Transform& pose) {
@@ -41,11 +38,11 @@ inline Eigen::Affine3d frame(const Transform& pose) {
   return result;
 }
 
-inline void set(Host& system, const RandomState& x) {
+inline void set(RigidBodySystem& system, const RandomState& x) {
   x.set(system);
   x.setWrenches(system);
 }
-inline void compute(Host& system) {
+inline void compute(RigidBodySystem& system) {
   system.computeFwdKinematics();
   system.computeGeneralizedMass();
   system.computeInverseDynamics();

@@ -8,7 +8,7 @@ namespace {
 using namespace lumo::test;
 
 /// The answers of an object and of its clones in several states, which depend on the seed.
-Answers work(Host& system, unsigned seed) {
+Answers work(RigidBodySystem& system, unsigned seed) {
   Answers all;
   for (unsigned i = 0; i < 20; ++i) {
     set(system, RandomState(100 * seed + i));
@@ -29,6 +29,16 @@ TEST(Threads, SeparateObjectsComputeTheSameBitsInParallel) {
   for (unsigned i = 0; i < count; ++i) threads.emplace_back([&, i] { together[i] = work(*objects[i], i); });
   for (std::thread& thread : threads) thread.join();
   for (unsigned i = 0; i < count; ++i) EXPECT_TRUE(identical(together[i], work(*create(), i))) << "thread " << i;
+}
+
+TEST(Threads, CanQueryOneObjectAtTheSameTime) {
+  const auto object = computed(RandomState(1));
+  const Answers expected = queries(*object);
+  Answers together[4];
+  std::vector<std::thread> threads;
+  for (Answers& mine : together) threads.emplace_back([&] { mine = queries(*object); });
+  for (std::thread& thread : threads) thread.join();
+  for (const Answers& mine : together) EXPECT_TRUE(identical(mine, expected));
 }
 
 }  // namespace

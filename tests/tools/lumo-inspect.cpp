@@ -72,7 +72,7 @@ TEST_F(InspectorJson, JointsEqualTheInterface) {
   }
 }
 
-TEST_F(InspectorJson, MassMatrixIsWrittenByRows) {
+TEST_F(InspectorJson, MassMatrixEqualsTheInterface) {
   for (Eigen::Index i = 0; i < 21; ++i) {
     const json& row = report["generalized_mass"][static_cast<Size>(i)];
     EXPECT_TRUE(identical(numbers(row), system->getGeneralizedMass().col(i))) << "row " << i;

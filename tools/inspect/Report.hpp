@@ -23,7 +23,7 @@ struct Report {
   };
   struct Joint {
     std::string name;
-    std::size_t body;                        ///< the body that the joint moves
+    std::size_t body;                        ///< the body that the joint connects to its parent
     float position, velocity, acceleration;  ///< rad, rad/s, rad/s^2
     float torque;                            ///< N m
     Eigen::Vector3f axis;                    ///< unit vector in the root's frame
