@@ -1,13 +1,10 @@
 #include <tools/inspect/svg/Figure.hpp>
 
-#include <algorithm>
-#include <cmath>
-#include <iterator>
 #include <stdexcept>
 
 #include <fmt/format.h>
 
-#include <tools/inspect/svg/page.hpp>
+#include <tools/limbs.hpp>
 
 namespace lumo::inspect {
 
@@ -23,17 +20,14 @@ Figure toFigure(const Report& report) {
   Figure figure;
   figure.com = vector(report.com);
   figure.root = report.bodies.front().pose.leftCols<3>().cast<double>();
-  std::size_t limbs = 0;
+  std::vector<int> parents;
+  for (const Report::Body& body : report.bodies) parents.push_back(body.parent);
+  figure.links = linksOf(parents);
+  const auto limb = limbOfBodies(parents);
   for (std::size_t b = 0; b < report.bodies.size(); ++b) {
     const Report::Body& body = report.bodies[b];
-    const std::size_t parent = body.parent < 0 ? b : static_cast<std::size_t>(body.parent);
-    const char* colour = b == 0        ? rootColour
-                         : parent == 0 ? limbColours[limbs++ % std::size(limbColours)]
-                                       : figure.parts[parent].colour;
-    const double volume = std::max(0.0, static_cast<double>(body.mass)) / 1000;
-    figure.parts.push_back({body.name, parent, colour, true, body.pose.col(3).cast<double>(), vector(body.com),
-                            std::cbrt(0.75 * volume / M_PI), Vector3d::Zero(), ""});
-    figure.parts[parent].last = b == 0;
+    figure.parts.push_back({body.name, parents[b] <= 0, limbs[limb[b]].colour, body.pose.col(3).cast<double>(),
+                            vector(body.com), ballRadius(static_cast<double>(body.mass)), Vector3d::Zero(), ""});
     if (!(figure.parts[b].origin + figure.parts[b].com + figure.com).allFinite()) {
       throw std::runtime_error("the robot cannot be drawn because its poses are not finite");
     }

@@ -6,15 +6,15 @@
 #include <Eigen/Core>
 
 #include <tools/inspect/Report.hpp>
+#include <tools/limbs.hpp>
 
 namespace lumo::inspect {
 
 /// One body as it is drawn. Its origin lies on the axis of its joint.
 struct Part {
   std::string name;
-  std::size_t parent;  ///< the body itself for the root
-  const char* colour;  ///< that of its limb; each child of the root begins a limb
-  bool last;           ///< whether it has no children
+  bool corner;         ///< whether its origin is a corner of the torso
+  const char* colour;  ///< that of its limb
   Eigen::Vector3d origin, com;
   double radius;         ///< the radius of a ball of water that has its mass (m)
   Eigen::Vector3d axis;  ///< the axis of its joint
@@ -23,6 +23,7 @@ struct Part {
 
 struct Figure {
   std::vector<Part> parts;
+  std::vector<Link> links;
   Eigen::Vector3d com;
   Eigen::Matrix3d root;  ///< the root's axes as columns
 };

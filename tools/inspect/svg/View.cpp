@@ -57,12 +57,17 @@ std::string View::draw(const char* title, const Place& place) {
   print("<g>\n<text class='view' x='{:.1f}' y='{:.1f}'>{}</text>\n", place.middle, top - 22, title);
   drawTorso();
   if (!axes_) drawMasses();
-  std::vector<const Part*> order;  // from the farthest to the nearest
+  // From the farthest to the nearest.
+  const auto nearness = [this](const Part& part) { return (part.origin + part.com).dot(towards_); };
+  std::vector<const Part*> order;
   for (const Part& part : figure_.parts) order.push_back(&part);
-  std::stable_sort(order.begin(), order.end(), [this](const Part* a, const Part* b) {
-    return (a->origin + a->com).dot(towards_) < (b->origin + b->com).dot(towards_);
+  std::stable_sort(order.begin(), order.end(),
+                   [&](const Part* a, const Part* b) { return nearness(*a) < nearness(*b); });
+  auto links = figure_.links;
+  std::stable_sort(links.begin(), links.end(), [&](const Link& a, const Link& b) {
+    return nearness(figure_.parts[a.end]) < nearness(figure_.parts[b.end]);
   });
-  for (const Part* part : order) drawLink(*part);
+  for (const Link& link : links) drawLink(link);
   for (const Part* part : order) drawJoint(*part);
   if (axes_) {
     for (const Part* part : order) drawAxis(part->origin, part->axis, part->colour, "");
@@ -90,7 +95,7 @@ void View::drawTorso() {
   std::string points;
   std::vector<Vector2d> corners;
   for (const Part& part : figure_.parts) {
-    if (part.parent == 0) corners.push_back(page(part.origin));
+    if (part.corner) corners.push_back(page(part.origin));
   }
   for (const Vector2d& p : hull(corners)) points += fmt::format("{:.1f},{:.1f} ", p.x(), p.y());
   print("<polygon points='{}' fill='#dfe3e9' stroke='#dfe3e9' stroke-width='26' stroke-linejoin='round'/>\n", points);
@@ -109,12 +114,10 @@ void View::line(const Vector2d& a, const Vector2d& b, const char* colour, double
         b.x(), b.y(), colour, width, more);
 }
 
-void View::drawLink(const Part& part) {
-  const char* style = axes_ ? "stroke-linecap='round' stroke-opacity='0.3'" : "stroke-linecap='round'";
-  const Part& parent = figure_.parts[part.parent];
-  line(page(parent.origin), page(part.origin), parent.colour, 6, style);
-  // The end of the last body of a limb is not known, so the body is drawn up to its centre of mass.
-  if (part.last) line(page(part.origin), page(part.com), part.colour, 6, style);
+void View::drawLink(const Link& link) {
+  const Part &from = figure_.parts[link.body], &to = figure_.parts[link.end];
+  line(page(from.origin), page(link.end == link.body ? to.com : to.origin), from.colour, 6,
+       axes_ ? "stroke-linecap='round' stroke-opacity='0.3'" : "stroke-linecap='round'");
 }
 
 void View::drawJoint(const Part& part) {

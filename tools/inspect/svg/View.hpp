@@ -46,7 +46,7 @@ class View {
 
   void drawTorso();
   void drawMasses();
-  void drawLink(const Part& part);
+  void drawLink(const Link& link);
   void drawJoint(const Part& part);
   void drawAxis(const Eigen::Vector3d& from, const Eigen::Vector3d& axis, const char* colour, const std::string& name);
   void drawCom();

@@ -11,7 +11,5 @@ inline constexpr double figureWidth = viewWidth - 2 * (nameWidth + margin);
 inline constexpr const char* ink = "#2b303b";
 inline constexpr const char* faint = "#8d96a3";
 inline constexpr const char* accent = "#c2203a";
-inline constexpr const char* rootColour = "#4a5261";
-inline constexpr const char* limbColours[] = {"#7a5ba8", "#12907c", "#3f6fb0", "#d9772b", "#a8871c", "#4d8f3a"};
 
 }  // namespace lumo::inspect
