@@ -3,7 +3,7 @@
 #include <host/Plugin.hpp>
 #include <tools/inspect/Report.hpp>
 #include <tools/inspect/Request.hpp>
-#include <tools/inspect/setState.hpp>
+#include <tools/inspect/State.hpp>
 #include <tools/inspect/svg/toSvg.hpp>
 #include <tools/inspect/toJson.hpp>
 #include <tools/inspect/toText.hpp>
@@ -19,7 +19,7 @@ void run(int argc, char** argv) {
   if (!request) return;
 
   const auto robot = lumo::Plugin(request->plugin).create();
-  setState(*request, *robot);
+  setState(request->state, *robot);
   const Report report = computeReport(*robot);
   const std::string text = request->list ? toList(report) : request->json ? toJson(report) : toText(report);
 

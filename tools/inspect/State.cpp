@@ -1,11 +1,9 @@
-#include <tools/inspect/setState.hpp>
+#include <tools/inspect/State.hpp>
 
 #include <algorithm>
 #include <cctype>
 #include <stdexcept>
 #include <string_view>
-
-#include <fmt/format.h>
 
 namespace lumo::inspect {
 
@@ -39,14 +37,15 @@ std::size_t find(const char* kind, const std::string& name, std::size_t count, N
   }
   // Without this condition a name that has little in common with any other would still have a most similar name.
   const bool similar = editDistance(name, nameOf(nearest)) < nameOf(nearest).size();
-  throw std::runtime_error(
-      fmt::format("there is no {} named \"{}\"; {}", kind, name,
-                  similar ? "the most similar name is " + nameOf(nearest) : "the option --list prints all names"));
+  const std::string hint =
+      similar ? "the most similar name is " + nameOf(nearest) : "the option --list prints all names";
+  throw std::runtime_error(std::string("there is no ") + kind + " named \"" + name + "\"; " + hint);
 }
 
-/// A pose in which the torso leans forward over a bent knee, the left arm is raised and the head is turned to the left.
-Request greeting() {
-  Request pose;
+}  // namespace
+
+State greeting() {
+  State pose;
   pose.root = {0.5F, -0.25F, 0.8F, 0.05F, 0.12F, 0.6F};
   pose.positions = {
       {"HeadYaw", 0.45F},   {"HeadPitch", -0.2F},  {"LShoulderPitch", -1.1F}, {"LShoulderRoll", 0.35F},
@@ -57,9 +56,7 @@ Request greeting() {
   return pose;
 }
 
-}  // namespace
-
-void setState(const Request& request, RigidBodySystem& robot) {
+void setState(const State& state, RigidBodySystem& robot) {
   const auto joint = [&robot](const std::string& name) {
     if (name == robot.getRootName()) throw std::runtime_error(name + " is the root and has no joint angle; use --root");
     return find("joint", name, robot.getNbJointAngles(), [&](std::size_t k) { return robot.getJointAngleName(k); });
@@ -67,19 +64,12 @@ void setState(const Request& request, RigidBodySystem& robot) {
   const auto body = [&robot](const std::string& name) {
     return find("body", name, robot.getNbBodies(), [&](std::size_t b) { return robot.getBodyName(b); });
   };
-  const auto setPose = [&](const Request& pose) {
-    const auto& [x, y, z, roll, pitch, yaw] = pose.root;
-    robot.setRootPose(OX::Math::transformFromPosition6D(OX::Math::Position6D(x, y, z, roll, pitch, yaw)));
-    for (const auto& [name, angle] : pose.positions) robot.setJointAnglePos(joint(name), angle);
-  };
-
-  Request pose = request.greeting ? greeting() : Request();
-  if (request.rootGiven) pose.root = request.root;
-  pose.positions.insert(pose.positions.end(), request.positions.begin(), request.positions.end());
-  setPose(pose);
-  for (const auto& [name, velocity] : request.velocities) robot.setJointAngleVel(joint(name), velocity);
-  for (const auto& [name, acceleration] : request.accelerations) robot.setJointAngleAcc(joint(name), acceleration);
-  for (const auto& [name, wrench] : request.wrenches) robot.setExternalWrench(body(name), wrench);
+  const auto& [x, y, z, roll, pitch, yaw] = state.root;
+  robot.setRootPose(OX::Math::transformFromPosition6D(OX::Math::Position6D(x, y, z, roll, pitch, yaw)));
+  for (const auto& [name, angle] : state.positions) robot.setJointAnglePos(joint(name), angle);
+  for (const auto& [name, velocity] : state.velocities) robot.setJointAngleVel(joint(name), velocity);
+  for (const auto& [name, acceleration] : state.accelerations) robot.setJointAngleAcc(joint(name), acceleration);
+  for (const auto& [name, wrench] : state.wrenches) robot.setExternalWrench(body(name), wrench);
 }
 
 }  // namespace lumo::inspect
