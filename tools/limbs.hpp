@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <iterator>
@@ -39,14 +40,10 @@ struct Link {
 template <class Parents>
 std::vector<Link> linksOf(const Parents& parents) {
   std::vector<Link> links;
-  std::vector<bool> last(parents.size(), true);
-  for (std::size_t b = 1; b < parents.size(); ++b) {
-    const auto parent = static_cast<std::size_t>(parents[b]);
-    links.push_back({parent, b});
-    last[parent] = false;
-  }
   for (std::size_t b = 0; b < parents.size(); ++b) {
-    if (last[b]) links.push_back({b, b});
+    if (parents[b] >= 0) links.push_back({static_cast<std::size_t>(parents[b]), b});
+    const auto child = std::find(parents.begin(), parents.end(), static_cast<typename Parents::value_type>(b));
+    if (child == parents.end()) links.push_back({b, b});
   }
   return links;
 }
