@@ -25,7 +25,7 @@ struct State {
 State greeting();
 
 /// Sets the state on a new object. Throws std::runtime_error if the robot has no joint or body of a given name; the
-/// message contains the most similar name.
+/// message lists the names.
 void setState(const State& state, RigidBodySystem& robot);
 
 }  // namespace lumo::inspect
