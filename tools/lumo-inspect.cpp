@@ -3,7 +3,7 @@
 #include <host/Plugin.hpp>
 #include <tools/inspect/Report.hpp>
 #include <tools/inspect/Request.hpp>
-#include <tools/inspect/setState.hpp>
+#include <tools/inspect/State.hpp>
 #include <tools/inspect/svg/toSvg.hpp>
 #include <tools/inspect/toJson.hpp>
 #include <tools/inspect/toText.hpp>
@@ -15,17 +15,20 @@ using namespace lumo::inspect;
 
 /// All errors in the input are found before the first byte is written.
 void run(int argc, char** argv) {
-  const auto request = readRequest(argc, argv);
+  auto request = readRequest(argc, argv);
   if (!request) return;
 
   const auto robot = lumo::Plugin(request->plugin).create();
-  setState(*request, *robot);
+  setState(request->state, *robot);
   const Report report = computeReport(*robot);
   const std::string text = request->list ? toList(report) : request->json ? toJson(report) : toText(report);
 
   if (!request->svg.empty()) {
-    const Drawing drawing{request->plugin.stem().string(), request->axes};
-    lumo::writeFile(request->svg, toSvg(report, drawing));
+    // The picture is computed with the root at the world's origin, because floats are too coarse far away from there.
+    const Eigen::Vector3d root = Eigen::Vector3f(request->state.root.data()).cast<double>();
+    request->state.root[0] = request->state.root[1] = request->state.root[2] = 0;
+    setState(request->state, *robot);
+    lumo::writeFile(request->svg, toSvg(computeReport(*robot), {request->plugin.stem().string(), root, request->axes}));
   }
   lumo::write(text);
 }

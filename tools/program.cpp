@@ -43,10 +43,13 @@ void write(const std::string& text) {
 
 void writeFile(const std::filesystem::path& path, const std::string& text) {
   std::error_code ignored;
-  const bool replace = !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
-  const auto canonical = std::filesystem::weakly_canonical(path, ignored);  // replaces the file of a link, not the link
-  const auto target = replace && !canonical.empty() ? canonical : path;
-  const std::string file = replace ? fmt::format("{}.{}.part", target.string(), getpid()) : target.string();
+  bool replace = !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
+  auto target = path;  // behind symbolic links, which stay
+  for (int links = 0; links < 40 && replace && std::filesystem::is_symlink(target, ignored); ++links) {
+    target = target.parent_path() / std::filesystem::read_symlink(target);
+  }
+  replace = replace && !std::filesystem::is_symlink(target, ignored);
+  const std::string file = replace ? fmt::format("{}.{}.part", target.string(), getpid()) : path.string();
   const auto check = [&](bool good) {
     if (good) return;
     const std::string reason = std::strerror(errno);

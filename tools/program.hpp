@@ -20,7 +20,8 @@ bool parse(CLI::App& app, int argc, char** argv);
 void write(const std::string& text);
 
 /// Writes a file, either completely or not at all: if writing fails, an earlier file of that name stays as it was, and
-/// std::runtime_error is thrown. If the file exists and is not a regular file, such as a pipe, it is written directly.
+/// std::runtime_error is thrown. A symbolic link stays, and its target is written. If the file exists and is not a
+/// regular file, such as a pipe, it is written directly.
 void writeFile(const std::filesystem::path& path, const std::string& text);
 
 /// Runs a program and returns its exit code. An exception is printed to standard error as one line; the code is then 1.

@@ -1,6 +1,9 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <regex>
+#include <sstream>
+#include <stdexcept>
 
 #include <nlohmann/json.hpp>
 
@@ -15,7 +18,24 @@ namespace {
 using namespace lumo::test;
 using nlohmann::json;
 
-std::string shown(const std::string& options) { return output(LUMO_INSPECT " " + options).first; }
+/// What the inspector prints. Throws if it fails.
+std::string shown(const std::string& options) {
+  const auto [text, accepted] = output(LUMO_INSPECT " " + options);
+  if (!accepted) throw std::runtime_error("the inspector failed with the options " + options);
+  return text;
+}
+
+std::string contents(const std::filesystem::path& path) {
+  std::ifstream file(path);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// The picture that the inspector draws.
+std::string picture(const std::string& options) {
+  const std::string file = testing::TempDir() + "lumo-inspect-picture.svg";
+  shown(options + " --svg " + file);
+  return contents(file);
+}
 
 /// The JSON report of a state, and an object in that state.
 struct InspectorJson : testing::Test {
@@ -42,6 +62,10 @@ TEST_F(InspectorJson, WholeRobotEqualsTheInterface) {
   EXPECT_TRUE(identical(numbers(report["mass"]), system->getMass()));
   EXPECT_TRUE(identical(numbers(report["com"]), system->getComPosition()));
   EXPECT_TRUE(identical(numbers(report["com_in_root"]), system->getComPositionInRoot()));
+  for (Eigen::Index i = 0; i < 21; ++i) {
+    const json& row = report["generalized_mass"][static_cast<Size>(i)];
+    EXPECT_TRUE(identical(numbers(row), system->getGeneralizedMass().row(i).transpose())) << "row " << i;
+  }
 }
 
 TEST_F(InspectorJson, BodiesEqualTheInterface) {
@@ -90,12 +114,33 @@ TEST(Inspector, StartsFromTheGreetingPoseOnlyIfNoStateIsGiven) {
 }
 
 TEST(Inspector, PictureContainsTheNameOfEveryBody) {
-  const std::string picture = testing::TempDir() + "lumo-inspect-robot.svg";
-  shown("--svg " + picture);
-  std::ifstream file(picture);
-  const std::string drawing{std::istreambuf_iterator<char>(file), {}};
+  const std::string drawing = picture("");
   const auto system = create();
   for (Size b = 0; b < nb_bodies; ++b) EXPECT_NE(drawing.find(system->getBodyName(b)), std::string::npos) << b;
+}
+
+TEST(Inspector, PictureEscapesTheNameOfThePlugIn) {
+  const std::filesystem::path link = testing::TempDir() + "a&b<c.so";
+  std::filesystem::remove(link);
+  std::filesystem::create_symlink(LUMO_PLUGIN, link);
+  EXPECT_NE(picture("--plugin '" + link.string() + "'").find(">a&amp;b&lt;c<"), std::string::npos);
+}
+
+TEST(Inspector, ShowsTheRobotFarFromTheOrigin) {
+  const std::string up = picture("--root 0,0,30,0,0,0"), far = picture("--root 1e9,-1e9,1e9,0,0,0");
+  EXPECT_NE(up.find("ground, z = 0, 29.2 m down<"), std::string::npos);
+  EXPECT_NE(up.find(">x 0.010, y 0.000 m<"), std::string::npos);
+  EXPECT_NE(far.find("ground, z = 0, 1e+09 m down<"), std::string::npos);
+  EXPECT_NE(far.find(">x 1e+09, y -1e+09 m<"), std::string::npos);
+  const auto drawn = [](const std::string& svg) { return std::regex_replace(svg, std::regex("<text.*?</text>"), ""); };
+  EXPECT_EQ(drawn(up), drawn(far));
+
+  std::istringstream lines(shown("--root 1e9,-1e9,1e9,0,0,0"));
+  for (std::string row; std::getline(lines, row);) EXPECT_LE(row.size(), 100U) << row;
+}
+
+TEST(Inspector, PrintsItsVersion) {
+  EXPECT_TRUE(std::regex_match(shown("--version"), std::regex(R"(lumo-inspect \d+\.\d+\.\d+\n)")));
 }
 
 TEST(Inspector, ReportsBadInputInOneLineAndWritesNothing) {
@@ -104,9 +149,8 @@ TEST(Inspector, ReportsBadInputInOneLineAndWritesNothing) {
            {"--plugin no/such.so", "no/such.so"},
            {"--plugin " OXMATH_LIBRARY, "is not a plug-in"},
            {"--bogus", "--bogus"},
-           {"--joint headyow=1", "most similar name is HeadYaw"},
-           {"--joint Knee=1", "most similar name is KneePitch"},
-           {"--joint Foo=1", "--list prints all names"},
+           {"--joint Knee=1", "no joint named \"Knee\"; the names are HeadYaw, HeadPitch, "},
+           {"--wrench Hand=1,2,3,4,5,6", "no body named \"Hand\"; the names are Torso, HeadYaw, "},
            {"--joint HeadYaw", "expected NAME=RAD"},
            {"--joint HeadYaw=1.5.2", "not a finite number"},
            {"--joint HeadYaw=nan", "not a finite number"},
@@ -114,12 +158,14 @@ TEST(Inspector, ReportsBadInputInOneLineAndWritesNothing) {
            {"--root 1,2,3,4,5", "found 5"},
            {"--wrench Torso=1,2,3,4,5,6,7", "found 7"},
            {"--format yaml", "yaml"},
+           {"--axes", "requires --svg"},
+           {"--svg ''", "expected the name of a file"},
            {"--svg no/such/picture.svg", "no/such/picture.svg"},
            {"--svg /dev/full", "/dev/full"},
        }) {
     SCOPED_TRACE(input);
     std::string command = LUMO_INSPECT " ";
-    command.append(input).append(input.find("--svg") == 0 ? "" : " --svg " + picture.string());
+    command.append(input).append(input.find("--svg") == 0 || input == "--axes" ? "" : " --svg " + picture.string());
     const auto [error, accepted] = output(command + " 2>&1 >/dev/null");
     EXPECT_FALSE(accepted);
     EXPECT_EQ(std::count_if(error.begin(), error.end(), [](unsigned char c) { return c < ' '; }), 1) << error;
@@ -134,16 +180,25 @@ TEST(Inspector, FailsWhenItsOutputCannotBeWritten) {
   EXPECT_FALSE(output(LUMO_INSPECT " 2>/dev/null >/dev/full").second);
 }
 
-TEST(Inspector, KeepsTheOldPictureIfWritingFails) {
-  const std::filesystem::path folder = testing::TempDir() + "lumo-inspect", picture = folder / "robot.svg";
-  std::filesystem::create_directory(folder);
-  std::ofstream(picture) << "old";
+TEST(Inspector, WritesThePictureThroughALinkOrKeepsTheOldOne) {
+  const std::filesystem::path folder = testing::TempDir() + "lumo-inspect", link = folder / "link.svg",
+                              target = folder / "pictures/robot.svg";
+  std::filesystem::remove_all(folder);
+  std::filesystem::create_directories(target.parent_path());
+  std::filesystem::create_symlink("pictures/robot.svg", link);
+  for (const char* state : {"", "--pose zero"}) {  // the first picture is a new file
+    SCOPED_TRACE(state);
+    shown(std::string(state) + " --svg " + link.string());
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_EQ(contents(target), picture(state));
+  }
+  std::ofstream(target) << "old";
   const auto [error, written] =
-      output("trap '' XFSZ; ulimit -f 4; " LUMO_INSPECT " --svg " + picture.string() + " 2>&1 >/dev/null");
+      output("trap '' XFSZ; ulimit -f 4; " LUMO_INSPECT " --svg " + link.string() + " 2>&1 >/dev/null");
   EXPECT_FALSE(written);
-  EXPECT_NE(error.find("cannot write " + picture.string()), std::string::npos) << error;
-  EXPECT_EQ(std::filesystem::file_size(picture), 3U);
-  EXPECT_EQ(std::filesystem::remove_all(folder), 2U) << "a part of the new picture is left";
+  EXPECT_NE(error.find("cannot write " + link.string()), std::string::npos) << error;
+  EXPECT_EQ(contents(target), "old");
+  EXPECT_EQ(std::filesystem::remove_all(folder), 4U) << "a part of the new picture is left";
 }
 
 }  // namespace

@@ -2,16 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
+#include <limits>
 #include <utility>
-#include <vector>
 
-#include <Eigen/Geometry>
 #include <fmt/format.h>
-
-#include <tools/inspect/svg/Label.hpp>
-#include <tools/inspect/svg/escaped.hpp>
-#include <tools/inspect/svg/page.hpp>
 
 namespace lumo::inspect {
 
@@ -19,186 +13,225 @@ using Eigen::Vector2d, Eigen::Vector3d;
 
 namespace {
 
-/// Returns the corners of the smallest convex polygon around the points, in order.
-std::vector<Vector2d> hull(std::vector<Vector2d> points) {
-  std::sort(points.begin(), points.end(),
-            [](const Vector2d& a, const Vector2d& b) { return a.x() < b.x() || (a.x() == b.x() && a.y() < b.y()); });
-  std::vector<Vector2d> corners;
-  for (int side = 0; side < 2; ++side, std::reverse(points.begin(), points.end())) {
-    const std::size_t first = corners.size();
-    for (const Vector2d& p : points) {
-      const auto turnsBack = [&](const Vector2d& a, const Vector2d& b) {
-        return (b.x() - a.x()) * (p.y() - a.y()) <= (b.y() - a.y()) * (p.x() - a.x());
-      };
-      while (corners.size() >= first + 2 && turnsBack(corners[corners.size() - 2], corners.back())) {
-        corners.pop_back();
-      }
-      corners.push_back(p);
+constexpr double lineHeight = 15;
+
+/// Names beside a view, and the point of the page to which they belong.
+struct Label {
+  std::vector<std::pair<std::string, const char*>> lines;  ///< the names with their colours
+  Vector2d at;
+  double y = 0;  ///< the height of the middle of the label
+
+  double height() const { return static_cast<double>(lines.size()) * lineHeight + 5; }
+};
+
+/// Sets the heights of the labels of one column: near their points, in the same order, without overlap.
+void arrange(std::vector<Label>& column, double top, double bottom) {
+  std::sort(column.begin(), column.end(), [](const Label& a, const Label& b) { return a.at.y() < b.at.y(); });
+  for (Label& label : column) label.y = label.at.y();
+  for (int i = 0; i < 1000; ++i) {
+    for (std::size_t k = 0; k + 1 < column.size(); ++k) {
+      Label &a = column[k], &b = column[k + 1];
+      const double overlap = (a.height() + b.height()) / 2 - (b.y - a.y);
+      if (overlap > 0) a.y -= overlap / 2, b.y += overlap / 2;
     }
-    corners.pop_back();  // this corner is the first of the other side
+    for (Label& a : column) a.y = std::clamp(a.y, top + a.height() / 2, bottom - a.height() / 2);
   }
-  return corners.empty() ? points : corners;
+}
+
+std::string line(const Vector2d& a, const Vector2d& b, const char* colour, double width, const char* more = "") {
+  return fmt::format("<line x1='{:.1f}' y1='{:.1f}' x2='{:.1f}' y2='{:.1f}' stroke='{}' stroke-width='{}' {}/>\n",
+                     a.x(), a.y(), b.x(), b.y(), colour, width, more);
+}
+
+std::string circle(const Vector2d& p, double radius, const char* fill, const char* more) {
+  return fmt::format("<circle cx='{:.1f}' cy='{:.1f}' r='{:.1f}' fill='{}' {}/>\n", p.x(), p.y(), radius, fill, more);
+}
+
+std::string text(const Vector2d& p, const char* colour, const char* anchor, const std::string& words) {
+  return fmt::format("<text class='name' x='{:.1f}' y='{:.1f}' style='fill: {}' text-anchor='{}'>{}</text>\n", p.x(),
+                     p.y(), colour, anchor, escaped(words));
 }
 
 }  // namespace
 
-View::View(const Figure& figure, const Vector3d& right, bool axes)
-    : figure_(figure), right_(right), towards_(right.cross(Vector3d::UnitZ())), axes_(axes) {
-  for (const Part& part : figure.parts) {
-    extent_.add(plane(part.origin), 0.02);
-    extent_.add(plane(part.com), axes ? 0 : part.radius);
-  }
-  extent_.add(plane(figure.com), 0.02);
+std::string escaped(const std::string& text) {
+  std::string result;
+  for (const char c : text) result += c == '&' ? "&amp;" : c == '<' ? "&lt;" : c == '>' ? "&gt;" : std::string(1, c);
+  return result;
 }
 
-std::string View::draw(const char* title, const Place& place) {
-  text_.clear();
-  place_ = place;
-  print("<g>\n<text class='view' x='{:.1f}' y='{:.1f}'>{}</text>\n", place.middle, top - 22, title);
-  drawTorso();
-  if (!axes_) drawMasses();
-  std::vector<const Part*> order;  // from the farthest to the nearest
-  for (const Part& part : figure_.parts) order.push_back(&part);
-  std::stable_sort(order.begin(), order.end(), [this](const Part* a, const Part* b) {
-    return (a->origin + a->com).dot(towards_) < (b->origin + b->com).dot(towards_);
-  });
-  for (const Part* part : order) drawLink(*part);
-  for (const Part* part : order) drawJoint(*part);
-  if (axes_) {
-    for (const Part* part : order) drawAxis(part->origin, part->axis, part->colour, "");
-    for (int i = 0; i < 3; ++i) drawAxis(figure_.parts[0].origin, figure_.root.col(i), ink, std::string(1, "xyz"[i]));
-  }
-  drawCom();
-  drawNames();
-  print("</g>\n");
-  return text_;
-}
-
-template <typename... Values>
-void View::print(const char* format, const Values&... values) {
-  fmt::format_to(std::back_inserter(text_), fmt::runtime(format), values...);
-}
-
-Vector2d View::page(const Vector3d& p) const {
-  const Vector2d q = plane(p);
-  return {place_.middle + (q.x() - extent_.centre().x()) * place_.scale,
-          place_.groundY - (q.y() - place_.ground) * place_.scale};
-}
-
-/// Draws the root's body as the polygon between the joints of its children.
-void View::drawTorso() {
-  std::string points;
-  std::vector<Vector2d> corners;
-  for (const Part& part : figure_.parts) {
-    if (part.parent == 0) corners.push_back(page(part.origin));
-  }
-  for (const Vector2d& p : hull(corners)) points += fmt::format("{:.1f},{:.1f} ", p.x(), p.y());
-  print("<polygon points='{}' fill='#dfe3e9' stroke='#dfe3e9' stroke-width='26' stroke-linejoin='round'/>\n", points);
-}
-
-void View::drawMasses() {
-  for (const Part& part : figure_.parts) {
-    const Vector2d p = page(part.com);
-    print("<circle cx='{:.1f}' cy='{:.1f}' r='{:.1f}' fill='{}' fill-opacity='0.16'/>\n", p.x(), p.y(),
-          part.radius * place_.scale, part.colour);
+View::View(const Report& robot, const Vector3d& right, const Vector3d& up, bool masses)
+    : robot_(robot), right_(right), up_(up) {
+  std::vector<int> parents;
+  for (const Report::Body& body : robot.bodies) parents.push_back(body.parent);
+  for (const std::size_t limb : limbOfBodies(parents)) colours_.push_back(limbs[limb].colour);
+  links_ = linksOf(parents);
+  const Vector3d towards = right.cross(up);
+  const auto nearness = [&](const Link& link) { return (origin(link.end) + com(link.end)).dot(towards); };
+  std::stable_sort(links_.begin(), links_.end(),
+                   [&](const Link& a, const Link& b) { return nearness(a) < nearness(b); });
+  for (std::size_t b = 0; b < robot.bodies.size(); ++b) {
+    const Vector2d radius = Vector2d::Constant(masses ? ballRadius(static_cast<double>(robot.bodies[b].mass)) : 0);
+    extent_.extend(plane(origin(b)));
+    extent_.extend(Eigen::AlignedBox2d(plane(com(b)) - radius, plane(com(b)) + radius));
   }
 }
 
-void View::line(const Vector2d& a, const Vector2d& b, const char* colour, double width, const char* more) {
-  print("<line x1='{:.1f}' y1='{:.1f}' x2='{:.1f}' y2='{:.1f}' stroke='{}' stroke-width='{}' {}/>\n", a.x(), a.y(),
-        b.x(), b.y(), colour, width, more);
+void View::place(double middle, double originY, double scale) {
+  middle_ = {middle - scale * extent_.center().x(), originY};
+  scale_ = scale;
 }
 
-void View::drawLink(const Part& part) {
-  const char* style = axes_ ? "stroke-linecap='round' stroke-opacity='0.3'" : "stroke-linecap='round'";
-  const Part& parent = figure_.parts[part.parent];
-  line(page(parent.origin), page(part.origin), parent.colour, 6, style);
-  // The end of the last body of a limb is not known, so the body is drawn up to its centre of mass.
-  if (part.last) line(page(part.origin), page(part.com), part.colour, 6, style);
-}
-
-void View::drawJoint(const Part& part) {
-  const Vector2d p = page(part.origin);
-  print("<circle cx='{:.1f}' cy='{:.1f}' r='5' fill='white' stroke='{}' stroke-width='2.5'/>\n", p.x(), p.y(),
-        part.colour);
-}
-
-/// Draws an axis as an arrow. If it points almost towards the viewer or away, draws a dot or a cross in a circle.
-void View::drawAxis(const Vector3d& from, const Vector3d& axis, const char* colour, const std::string& name) {
-  const double length = 52;
-  const Vector2d a = page(from), way(axis.dot(right_), -axis.z());
-  if (way.norm() > 0.3) {
-    const Vector2d b = a + length * way, along = way.normalized(), across(-along.y(), along.x());
-    const Vector2d left = b - 9 * along + 4 * across, right = b - 9 * along - 4 * across;
-    line(a, b - 7 * along, colour, 2.2);
-    print("<polygon points='{:.1f},{:.1f} {:.1f},{:.1f} {:.1f},{:.1f}' fill='{}'/>\n", b.x(), b.y(), left.x(), left.y(),
-          right.x(), right.y(), colour);
-    if (!name.empty()) {
-      const Vector2d at = b + 10 * along;
-      print("<text class='axis' x='{:.1f}' y='{:.1f}'>{}</text>\n", at.x(), at.y() + 4, name);
-    }
-  } else if (axis.norm() > 0.5 && name.empty()) {
-    print("<circle cx='{:.1f}' cy='{:.1f}' r='9' fill='none' stroke='{}' stroke-width='2'/>\n", a.x(), a.y(), colour);
-    if (axis.dot(towards_) > 0) {
-      print("<circle cx='{:.1f}' cy='{:.1f}' r='2.5' fill='{}'/>\n", a.x(), a.y(), colour);
-    } else {
-      for (const double y : {-6.0, 6.0}) line(a - Vector2d(6, y), a + Vector2d(6, y), colour, 2);
-    }
+/// The torso is the area between the joints of the root's children.
+std::string View::drawTorso() const {
+  std::vector<Vector2d> points;
+  for (std::size_t b = 0; b < robot_.bodies.size(); ++b) {
+    if (robot_.bodies[b].parent == 0) points.push_back(page(origin(b)));
   }
+  Vector2d middle = Vector2d::Zero();
+  for (const Vector2d& p : points) middle += p / static_cast<double>(points.size());
+  const auto angle = [&](const Vector2d& p) { return std::atan2(p.y() - middle.y(), p.x() - middle.x()); };
+  std::sort(points.begin(), points.end(), [&](const Vector2d& a, const Vector2d& b) { return angle(a) < angle(b); });
+  std::string corners;
+  for (const Vector2d& p : points) corners += fmt::format("{:.1f},{:.1f} ", p.x(), p.y());
+  return fmt::format("<polygon points='{0}' fill='{1}' stroke='{1}' stroke-width='26' stroke-linejoin='round'/>\n",
+                     corners, "#dfe3e9");
 }
 
-/// Draws the centre of mass as a circle with two dark quarters, and the vertical line from there to the ground.
-void View::drawCom() {
-  const Vector2d p = page(figure_.com);
-  const double r = 10;
-  line({p.x(), p.y()}, {p.x(), place_.groundY}, accent, 1.5, "stroke-dasharray='5 4'");
-  print("<circle cx='{:.1f}' cy='{:.1f}' r='{}' fill='white' stroke='{}' stroke-width='2'/>\n", p.x(), p.y(), r,
-        accent);
-  for (const double side : {-r, r}) {
-    print("<path d='M{0:.1f} {1:.1f}v{2}a{3} {3} 0 0 1 {4} {4}z' fill='{5}'/>\n", p.x(), p.y(), side, r, -side, accent);
+std::string View::drawLinks(double opacity) const {
+  std::string svg = fmt::format("<g stroke-linecap='round' stroke-opacity='{}'>\n", opacity);
+  for (const auto& [body, end] : links_) {
+    svg += line(page(origin(body)), page(body == end ? com(body) : origin(end)), colours_[body], 6);
   }
-  print("<path d='M{0:.1f} {1:.1f}l-6 -10h12z' fill='{2}'/>\n", p.x(), place_.groundY, accent);
-  const char* format = figure_.com.cwiseAbs().maxCoeff() < 1e4 ? "x {:.3f}, y {:.3f} m" : "x {:.3g}, y {:.3g} m";
-  print("<text class='plumb' x='{:.1f}' y='{:.1f}'>{}</text>\n", p.x(), place_.baseY + 26,
-        fmt::format(fmt::runtime(format), figure_.com.x(), figure_.com.y()));
+  svg += "</g>\n";
+  for (std::size_t b = 0; b < robot_.bodies.size(); ++b) {
+    svg += circle(page(origin(b)), 5, "white", fmt::format("stroke='{}' stroke-width='2.5'", colours_[b]).c_str());
+  }
+  return svg;
 }
 
-void View::drawNames() {
-  std::vector<Label> labels;
-  for (const Part& part : figure_.parts) {
-    const Vector2d at = page(part.origin);
-    const Label::Line name{axes_ ? part.name + part.about : part.name, part.colour};
+std::string View::drawMasses(double top, double bottom, double groundY) const {
+  std::string svg = drawTorso();
+  for (std::size_t b = 0; b < robot_.bodies.size(); ++b) {
+    const double radius = ballRadius(static_cast<double>(robot_.bodies[b].mass));
+    svg += circle(page(com(b)), radius * scale_, colours_[b], "fill-opacity='0.16'");
+  }
+  svg += drawLinks(1);
+
+  // The centre of mass is a circle with two dark quarters.
+  const Vector2d p = com();
+  svg += line(p, {p.x(), groundY}, accent, 1.5, "stroke-dasharray='5 4'");
+  svg += circle(p, 10, "white", fmt::format("stroke='{}' stroke-width='2'", accent).c_str());
+  svg += fmt::format("<path d='M{:.1f} {:.1f}v-10a10 10 0 0 1 10 10h-20a10 10 0 0 0 10 10z' fill='{}'/>\n", p.x(),
+                     p.y(), accent);
+  svg += fmt::format("<path d='M{0:.1f} {1:.1f}l-6 -10h12z' fill='{2}'/>\n", p.x(), groundY, accent);
+  return svg + drawNames(top, bottom);
+}
+
+std::string View::drawNames(double top, double bottom) const {
+  std::vector<Label> labels{{{{"centre of mass", accent}}, com()}};
+  for (std::size_t b = 0; b < robot_.bodies.size(); ++b) {
+    const Vector2d at = page(origin(b));
+    const std::pair name(robot_.bodies[b].name, colours_[b]);
     const auto same =
-        std::find_if(labels.begin(), labels.end(), [&](const Label& label) { return (label.at - at).norm() < 4; });
+        std::find_if(labels.begin() + 1, labels.end(), [&](const Label& label) { return (label.at - at).norm() < 4; });
     if (same != labels.end()) {
       same->lines.push_back(name);
     } else {
       labels.push_back({{name}, at});
     }
   }
-  labels.push_back({{{"centre of mass", accent}}, page(figure_.com)});
 
   // The labels of the left half of the points go to the left column.
   std::stable_sort(labels.begin(), labels.end(), [](const Label& a, const Label& b) {
     return std::pair(std::round(a.at.x()), a.at.y()) < std::pair(std::round(b.at.x()), b.at.y());
   });
   const auto half = labels.begin() + static_cast<std::ptrdiff_t>(labels.size() / 2);
-  std::vector<Label> columns[] = {{labels.begin(), half}, {half, labels.end()}};
+  std::string svg;
   for (const double side : {-1.0, 1.0}) {
-    std::vector<Label>& column = columns[side < 0 ? 0 : 1];
-    arrange(column, top, place_.baseY + 10);
-    const double x = place_.middle + side * (figureWidth / 2 + margin);
+    auto column = side < 0 ? std::vector(labels.begin(), half) : std::vector(half, labels.end());
+    arrange(column, top, bottom);
+    const double x = middle_.x() + scale_ * extent_.center().x() + side * 148;
     for (const Label& label : column) {
       const Vector2d from(x - side * 4, label.y), way = (label.at - from).normalized();
-      line(from, label.at - 8 * way, faint, 0.8);
+      svg += line(from, label.at - 8 * way, faint, 0.8);
       double y = label.y - static_cast<double>(label.lines.size() - 1) * lineHeight / 2 + 4;
       for (const auto& [name, colour] : label.lines) {
-        print("<text class='name' x='{:.1f}' y='{:.1f}' fill='{}' text-anchor='{}'>{}</text>\n", x, y, colour,
-              side < 0 ? "end" : "start", escaped(name));
+        svg += text({x, y}, colour, side < 0 ? "end" : "start", name);
         y += lineHeight;
       }
     }
   }
+  return svg;
+}
+
+namespace {
+
+/// An arrow on the page with the name of its axis.
+struct Arrow {
+  Vector2d from, to;
+  std::string name;
+  const char* colour;
+
+  std::string draw() const {
+    const Vector2d along = (to - from).normalized(), across(-along.y(), along.x()), back = to - 11 * along;
+    const Vector2d left = back + 5 * across, right = back - 5 * across;
+    return line(from, to - 8 * along, colour, 2.5) +
+           fmt::format("<polygon points='{:.1f},{:.1f} {:.1f},{:.1f} {:.1f},{:.1f}' fill='{}'/>\n", to.x(), to.y(),
+                       left.x(), left.y(), right.x(), right.y(), colour);
+  }
+};
+
+/// Writes each name near the tip of its arrow, where it hides as little as possible of the arrows and the other names.
+std::string nameArrows(const std::vector<Arrow>& arrows) {
+  using Box = Eigen::AlignedBox2d;
+  std::vector<Box> taken;
+  for (const auto& [from, to, name, colour] : arrows) {
+    for (double t = 0; t <= 1.05; t += 0.1) {
+      const Vector2d p = from + t * (to - from);
+      taken.emplace_back(p - Vector2d(5, 5), p + Vector2d(5, 5));
+    }
+  }
+  std::string svg;
+  for (const Arrow& arrow : arrows) {
+    const Vector2d size(6.7 * static_cast<double>(arrow.name.size()), 14), along = (arrow.to - arrow.from).normalized();
+    Box best;
+    double least = std::numeric_limits<double>::infinity();
+    for (const double turn : {0.0, 0.4, -0.4, 0.8, -0.8, 1.2, -1.2, 1.6, -1.6, 2.0, -2.0}) {
+      const Vector2d way = Eigen::Rotation2Dd(turn) * along;
+      const Vector2d middle = arrow.to + 9 * way + way.cwiseProduct(size / 2);
+      const Box box(middle - size / 2, middle + size / 2);
+      double cost = std::abs(turn);
+      for (const Box& other : taken)
+        cost += std::max(0.0, box.intersection(other).isEmpty() ? 0 : box.intersection(other).volume());
+      if (cost < least) least = cost, best = box;
+    }
+    taken.push_back(best);
+    svg += text(best.center() + Vector2d(0, 4), arrow.colour, "middle", arrow.name);
+  }
+  return svg;
+}
+
+}  // namespace
+
+std::string View::drawAxes() const {
+  std::string svg = drawTorso() + drawLinks(0.3);
+  std::vector<Arrow> arrows;
+  const auto add = [&](const Vector2d& from, const Vector3d& axis, const std::string& name, const char* colour) {
+    arrows.push_back({from, from + 70 * (page(axis) - page(Vector3d::Zero())) / scale_, name, colour});
+    svg += arrows.back().draw();
+  };
+  for (const Report::Joint& joint : robot_.joints) {
+    Eigen::Index nearest = 0;
+    const bool along = joint.axis.cwiseAbs().maxCoeff(&nearest) > 0.9999F;
+    add(page(origin(joint.body)), robot_.bodies[joint.body].pose.col(2).cast<double>(),
+        fmt::format("{} {}{}{}", joint.name, along ? "" : "≈", joint.axis[nearest] < 0 ? "−" : "+", "xyz"[nearest]),
+        colours_[joint.body]);
+  }
+  for (int i = 0; i < 3; ++i) {
+    add({90, page(origin(0)).y() + 340}, robot_.bodies[0].pose.col(i).cast<double>(), std::string(1, "xyz"[i]), ink);
+  }
+  return svg + nameArrows(arrows);
 }
 
 }  // namespace lumo::inspect

@@ -1,71 +1,63 @@
 #pragma once
 
-#include <limits>
 #include <string>
+#include <vector>
 
-#include <Eigen/Core>
+#include <Eigen/Geometry>
 
-#include <tools/inspect/svg/Figure.hpp>
+#include <tools/inspect/Report.hpp>
+#include <tools/limbs.hpp>
 
 namespace lumo::inspect {
 
-/// The rectangle that a figure takes in the plane of the drawing: across and up (m).
-struct Extent {
-  Eigen::Vector2d least = Eigen::Vector2d::Constant(std::numeric_limits<double>::infinity()), most = -least;
+// The colours of the page.
+inline constexpr const char *ink = "#2b303b", *faint = "#6f7885", *accent = "#c2203a";
 
-  void add(const Eigen::Vector2d& p, double radius = 0) {
-    least = least.cwiseMin((p.array() - radius).matrix());
-    most = most.cwiseMax((p.array() + radius).matrix());
-  }
-  Eigen::Vector2d size() const { return most - least; }
-  Eigen::Vector2d centre() const { return (least + most) / 2; }
-};
+/// The text with the characters escaped that have a meaning in SVG.
+std::string escaped(const std::string& text);
 
-/// The position of a view on the page, in units of the page.
-struct Place {
-  double middle;   ///< the x coordinate of the middle of the view
-  double groundY;  ///< the y coordinate of the height `ground`
-  double baseY;    ///< the y coordinate of the lower end of the figure
-  double scale;    ///< units of the page per metre
-  double ground;   ///< m
-};
-
-/// A horizontal view of a figure, in which `right` points to the right. It shows the axes of the joints or the masses
-/// of the bodies.
+/// A parallel projection of the robot onto the page.
 class View {
  public:
-  View(const Figure& figure, const Eigen::Vector3d& right, bool axes);
+  /// `right` and `up` are the directions of the world that point to the right and up on the page. `masses` tells
+  /// whether the extent contains the balls of the masses.
+  View(const Report& robot, const Eigen::Vector3d& right, const Eigen::Vector3d& up, bool masses);
 
-  const Extent& extent() const { return extent_; }
+  /// The rectangle that the robot takes in the plane of the projection (m).
+  const Eigen::AlignedBox2d& extent() const { return extent_; }
 
-  std::string draw(const char* title, const Place& place);
+  /// Puts the view on the page: the middle of its extent, the world's origin, and the units of the page per metre.
+  void place(double middle, double originY, double scale);
+
+  /// Where the centre of mass is on the page.
+  Eigen::Vector2d com() const { return page(Eigen::Vector3f(robot_.com.data()).cast<double>()); }
+
+  /// Draws the masses, and the names of the bodies between the heights `top` and `bottom`. The centre of mass has a
+  /// plumb line down to the ground.
+  std::string drawMasses(double top, double bottom, double groundY) const;
+
+  /// Draws the axes of the joints with their names.
+  std::string drawAxes() const;
 
  private:
-  Eigen::Vector2d plane(const Eigen::Vector3d& p) const { return {p.dot(right_), p.z()}; }
-  Eigen::Vector2d page(const Eigen::Vector3d& p) const;
+  Eigen::Vector3d origin(std::size_t b) const { return robot_.bodies[b].pose.col(3).cast<double>(); }
+  Eigen::Vector3d com(std::size_t b) const { return Eigen::Vector3f(robot_.bodies[b].com.data()).cast<double>(); }
+  Eigen::Vector2d plane(const Eigen::Vector3d& p) const { return {p.dot(right_), p.dot(up_)}; }
+  Eigen::Vector2d page(const Eigen::Vector3d& p) const {
+    return middle_ + scale_ * Eigen::Vector2d(1, -1).cwiseProduct(plane(p));
+  }
 
-  void drawTorso();
-  void drawMasses();
-  void drawLink(const Part& part);
-  void drawJoint(const Part& part);
-  void drawAxis(const Eigen::Vector3d& from, const Eigen::Vector3d& axis, const char* colour, const std::string& name);
-  void drawCom();
-  void drawNames();
+  std::string drawTorso() const;
+  std::string drawLinks(double opacity) const;
+  std::string drawNames(double top, double bottom) const;
 
-  void line(const Eigen::Vector2d& a, const Eigen::Vector2d& b, const char* colour, double width,
-            const char* more = "");
-  template <typename... Values>
-  void print(const char* format, const Values&... values);
-
-  const Figure& figure_;
-  Eigen::Vector3d right_;
-  Eigen::Vector3d towards_;  ///< the direction towards the viewer
-  bool axes_;
-  Extent extent_;
-
-  // Used by draw only.
-  std::string text_;
-  Place place_{};
+  const Report& robot_;
+  std::vector<const char*> colours_;  ///< of the bodies
+  std::vector<Link> links_;           ///< from the farthest to the nearest
+  Eigen::Vector3d right_, up_;
+  Eigen::AlignedBox2d extent_;
+  Eigen::Vector2d middle_ = Eigen::Vector2d::Zero();  ///< the origin of the world on the page
+  double scale_ = 1;
 };
 
 }  // namespace lumo::inspect

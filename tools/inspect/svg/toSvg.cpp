@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
+#include <tuple>
 
 #include <fmt/format.h>
 
-#include <tools/inspect/svg/Figure.hpp>
 #include <tools/inspect/svg/View.hpp>
-#include <tools/inspect/svg/escaped.hpp>
-#include <tools/inspect/svg/page.hpp>
 
 namespace lumo::inspect {
 
@@ -16,91 +15,96 @@ using Eigen::Vector3d;
 
 namespace {
 
-constexpr const char* style =
-    R"(<svg xmlns='http://www.w3.org/2000/svg' width='{0}' height='{1:.0f}' viewBox='0 0 {0} {1:.0f}'
+// Sizes in units of the page.
+constexpr double margin = 24, top = 92, bottom = 84, viewWidth = 560, figureWidth = 248, figureHeight = 560;
+constexpr double axesWidth = 760, axesHeight = 760;
+
+std::string header(double width, double height, const std::string& title, const char* note, const Report& robot) {
+  return fmt::format(
+      R"(<svg xmlns='http://www.w3.org/2000/svg' width='{0}' height='{1:.0f}' viewBox='0 0 {0} {1:.0f}'
   font-family='Helvetica, Arial, DejaVu Sans, sans-serif'>
 <style>
-text {{font-size: 12px}}
-.title {{font-size: 20px; font-weight: bold; fill: {2}}}
-.view {{font-size: 14px; fill: {3}; text-anchor: middle; letter-spacing: 1px}}
-.note {{fill: {3}}}
-.name {{font-size: 12.5px}}
-.axis {{font-size: 13px; font-weight: bold; fill: {2}; text-anchor: middle}}
-.plumb {{fill: {4}; text-anchor: middle}}
-.name, .axis, .plumb {{paint-order: stroke; stroke: white; stroke-width: 3px}}
+text {{font-size: 13px; fill: {2}}}
+.name {{paint-order: stroke; stroke: white; stroke-width: 3px}}
 </style>
+<pattern id='hatch' width='12' height='8' patternUnits='userSpaceOnUse'><path d='M10 0l-8 8' stroke='{2}'/></pattern>
 <rect width='100%' height='100%' rx='10' fill='white'/>
-)";
+<text x='{3}' y='36' style='font-size: 20px; font-weight: bold; fill: {4}'>{5}</text>
+<text x='{3}' y='56'>{6:.3f} kg in {7} bodies</text>
+<text x='{8}' y='36' text-anchor='end'>{9}</text>
+)",
+      width, height, faint, margin, ink, escaped(title), robot.mass, robot.bodies.size(), width - margin, note);
+}
 
-/// Draws the ground with its label, and a scale bar, whose length is the greatest round number that is not too long.
-std::string groundAndScale(const Place& place, const Extent& extent) {
-  std::string text;
-  text += fmt::format("<path d='M{} {:.1f}H{}' stroke='{}' stroke-width='1.5'/>\n", margin, place.groundY,
-                      pageWidth - margin, faint);
-  text += fmt::format("<path d='");
-  for (int i = 0; margin + 8 + 12 * i <= pageWidth - margin; ++i) {
-    text += fmt::format("M{} {:.1f}l-8 8", margin + 8 + 12 * i, place.groundY);
-  }
-  text += fmt::format("' stroke='{}' stroke-width='0.8'/>\n", faint);
-  const double low = extent.least.y(), high = extent.most.y();
-  const std::string where = place.ground > 0   ? fmt::format(", {:.3g} m down", low)
-                            : place.ground < 0 ? fmt::format(", {:.3g} m up", -high)
-                                               : "";
-  text += fmt::format("<text class='note' x='{}' y='{:.1f}'>ground, z = 0{}</text>\n", margin, place.baseY + 26, where);
+std::string centred(double x, double y, const std::string& text, const char* colour = faint) {
+  return fmt::format("<text x='{:.1f}' y='{:.1f}' style='fill: {}' text-anchor='middle'>{}</text>\n", x, y, colour,
+                     text);
+}
 
-  double length = 10;
-  for (const double shorter : {5.0, 2.0, 1.0, 0.5, 0.2, 0.1}) {
-    if (length * place.scale > 300) length = shorter;
+/// The axes are seen from above and from the right of the front, so that the arms lie side by side.
+std::string axesToSvg(const Report& robot, const std::string& title, double yaw) {
+  const double azimuth = yaw - 0.5, elevation = 0.5;
+  const Vector3d right(-std::sin(azimuth), std::cos(azimuth), 0);
+  const Vector3d up(-std::sin(elevation) * std::cos(azimuth), -std::sin(elevation) * std::sin(azimuth),
+                    std::cos(elevation));
+  View view(robot, right, up, false);
+  const double scale = std::min(520 / view.extent().sizes().x(), axesHeight / view.extent().sizes().y());
+  view.place(axesWidth / 2, top + 40 + scale * view.extent().max().y(), scale);
+  return header(axesWidth, top + 40 + axesHeight + margin, title,
+                "arrows: the axes of the joints; x, y, z: the axes of the torso", robot) +
+         view.drawAxes();
+}
+
+std::string massesToSvg(const Report& robot, const Drawing& drawing, double yaw) {
+  View front(robot, {-std::sin(yaw), std::cos(yaw), 0}, Vector3d::UnitZ(), true);
+  View side(robot, {std::cos(yaw), std::sin(yaw), 0}, Vector3d::UnitZ(), true);
+
+  const double low = front.extent().min().y(), high = front.extent().max().y();
+  const double zero = -drawing.root.z(), ground = std::clamp(zero, low - 0.5, high);
+  const double least = std::min(low, ground), height = high - least;
+  const double width = std::max(front.extent().sizes().x(), side.extent().sizes().x());
+  const double scale = std::min(figureWidth / width, figureHeight / height);
+  const double baseY = top + std::max(height * scale, 320.0), groundY = baseY - (ground - least) * scale;
+  front.place(viewWidth / 2, groundY + ground * scale, scale);
+  side.place(viewWidth * 3 / 2, groundY + ground * scale, scale);
+
+  const Vector3d com = drawing.root + Eigen::Vector3f(robot.com.data()).cast<double>();
+  const char* format = com.cwiseAbs().maxCoeff() < 1e4 ? "x {:.3f}, y {:.3f} m" : "x {:.3g}, y {:.3g} m";
+  const std::string plumb = fmt::format(fmt::runtime(format), com.x(), com.y());
+  const std::string where = zero < ground   ? fmt::format(", {:.3g} m down", low - zero)
+                            : zero > ground ? fmt::format(", {:.3g} m up", zero - high)
+                                            : "";
+
+  std::string svg = header(2 * viewWidth, baseY + bottom, drawing.title,
+                           "shaded: for each body, a ball of water of the same mass", robot);
+  svg += fmt::format("<path d='M{} {:.1f}h{}' stroke='{}' stroke-width='1.5'/>\n", margin, groundY,
+                     2 * (viewWidth - margin), faint);
+  svg += fmt::format("<rect x='{}' width='{}' height='8' transform='translate(0 {:.1f})' fill='url(#hatch)'/>\n",
+                     margin, 2 * (viewWidth - margin), groundY);
+  svg += fmt::format("<text x='{}' y='{:.1f}'>ground, z = 0{}</text>\n", margin, baseY + 26, where);
+  for (const auto& [view, name, middle] : {std::tuple(&front, "FRONT", 0.5), std::tuple(&side, "RIGHT SIDE", 1.5)}) {
+    svg += centred(middle * viewWidth, top - 22, name);
+    svg += view->drawMasses(top, baseY + 10, groundY);
+    svg += centred(view->com().x(), baseY + 26, plumb, accent);
   }
-  const double step = length * place.scale / 5;
-  const double x = (pageWidth - length * place.scale) / 2, y = place.baseY + bottom - 40;
-  text += fmt::format("<rect x='{:.1f}' y='{:.1f}' width='{:.1f}' height='6' fill='white' stroke='{}'/>\n", x, y,
-                      length * place.scale, ink);
-  for (int i = 0; i < 5; i += 2) {
-    text +=
-        fmt::format("<rect x='{:.1f}' y='{:.1f}' width='{:.1f}' height='6' fill='{}'/>\n", x + i * step, y, step, ink);
-  }
-  for (int i = 0; i <= 5; i += step < 34 ? 5 : 1) {
-    text += fmt::format("<text class='note' x='{:.1f}' y='{:.1f}' text-anchor='middle'>{:g}{}</text>\n", x + i * step,
-                        y + 21, length * i / 5, i == 5 ? " m" : "");
-  }
-  return text;
+
+  const double length = 0.5, x = viewWidth - length * scale / 2, y = baseY + 48;
+  svg += fmt::format("<path d='M{:.1f} {:.1f}v8m0 -4h{:.1f}m0 -4v8' stroke='{}' fill='none'/>\n", x, y, length * scale,
+                     ink);
+  return svg + centred(viewWidth, y + 22, fmt::format("{} m", length));
 }
 
 }  // namespace
 
-std::string toSvg(const Report& report, const Drawing& drawing) {
-  const Figure figure = toFigure(report);
-  // Both views are horizontal and follow the direction in which the root faces.
-  const Vector3d forward = figure.root.col(0);
-  const double yaw = std::atan2(forward.y(), forward.x());
-  View front(figure, {-std::sin(yaw), std::cos(yaw), 0}, drawing.axes);
-  View side(figure, {std::cos(yaw), std::sin(yaw), 0}, drawing.axes);
-
-  const double low = front.extent().least.y(), high = front.extent().most.y();
-  const double ground = std::clamp(0.0, low - 0.5, high);  // if the ground is farther away, it is drawn here
-  const double least = std::min(low, ground), height = std::max(high - least, 0.25);
-  const double width = std::max({front.extent().size().x(), side.extent().size().x(), 0.25});
-  const double scale = std::min(figureWidth / width, figureHeight / height);
-  const double baseY = top + std::max(height * scale, 320.0), pageHeight = baseY + bottom;
-  const Place left{viewWidth / 2, baseY - (ground - least) * scale, baseY, scale, ground};
-  Place right = left;
-  right.middle += viewWidth;
-
-  std::string text;
-  text += fmt::format(fmt::runtime(style), pageWidth, pageHeight, ink, faint, accent);
-  text += fmt::format("<text class='title' x='{}' y='36'>{}</text>\n", margin, escaped(drawing.title));
-
-  text += fmt::format("<text class='note' x='{}' y='56'>{:.3f} kg in {} bodies</text>\n", margin, report.mass,
-                      report.bodies.size());
-  text += groundAndScale(left, front.extent());
-  text += fmt::format("<text class='note' x='{}' y='36' text-anchor='end'>{}</text>\n", pageWidth - margin,
-                      drawing.axes ? "dot: the axis points towards you; cross: away from you"
-                                   : "shaded: for each body, a ball of water of the same mass");
-  text += front.draw("FRONT", left);
-  text += side.draw("RIGHT SIDE", right);
-  text += "</svg>\n";
-  return text;
+std::string toSvg(const Report& robot, const Drawing& drawing) {
+  const auto finite = [](const Report::Body& body) {
+    return body.pose.allFinite() && Eigen::Vector3f(body.com.data()).allFinite();
+  };
+  if (!std::all_of(robot.bodies.begin(), robot.bodies.end(), finite)) {
+    throw std::runtime_error("the robot cannot be drawn because its poses are not finite");
+  }
+  const double yaw = static_cast<double>(robot.bodies.front().angles[2]);
+  return (drawing.axes ? axesToSvg(robot, drawing.title, yaw) : massesToSvg(robot, drawing, yaw)) + "</svg>\n";
 }
 
 }  // namespace lumo::inspect
