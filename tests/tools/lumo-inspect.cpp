@@ -144,7 +144,7 @@ TEST(Inspector, PrintsItsVersion) {
 }
 
 TEST(Inspector, ReportsBadInputInOneLineAndWritesNothing) {
-  const std::filesystem::path picture = testing::TempDir() + "lumo-inspect-none.svg";
+  const std::filesystem::path none = testing::TempDir() + "lumo-inspect-none.svg";
   for (const auto& [input, hint] : std::vector<std::pair<std::string, std::string>>{
            {"--plugin no/such.so", "no/such.so"},
            {"--plugin " OXMATH_LIBRARY, "is not a plug-in"},
@@ -165,14 +165,14 @@ TEST(Inspector, ReportsBadInputInOneLineAndWritesNothing) {
        }) {
     SCOPED_TRACE(input);
     std::string command = LUMO_INSPECT " ";
-    command.append(input).append(input.find("--svg") == 0 || input == "--axes" ? "" : " --svg " + picture.string());
+    command.append(input).append(input.find("--svg") == 0 || input == "--axes" ? "" : " --svg " + none.string());
     const auto [error, accepted] = output(command + " 2>&1 >/dev/null");
     EXPECT_FALSE(accepted);
     EXPECT_EQ(std::count_if(error.begin(), error.end(), [](unsigned char c) { return c < ' '; }), 1) << error;
     EXPECT_EQ(error.back(), '\n') << error;
     EXPECT_NE(error.find(hint), std::string::npos) << error;
     EXPECT_EQ(output(command + " 2>/dev/null").first, "");
-    EXPECT_FALSE(std::filesystem::exists(picture));
+    EXPECT_FALSE(std::filesystem::exists(none));
   }
 }
 
