@@ -96,13 +96,6 @@ TEST_F(InspectorJson, JointsEqualTheInterface) {
   }
 }
 
-TEST_F(InspectorJson, MassMatrixEqualsTheInterface) {
-  for (Eigen::Index i = 0; i < 21; ++i) {
-    const json& row = report["generalized_mass"][static_cast<Size>(i)];
-    EXPECT_TRUE(identical(numbers(row), system->getGeneralizedMass().col(i))) << "row " << i;
-  }
-}
-
 TEST(Inspector, StartsFromTheGreetingPoseOnlyIfNoStateIsGiven) {
   const std::string zero = shown("--pose zero");
   EXPECT_NE(shown(""), zero);
