@@ -72,7 +72,7 @@ TEST_F(InspectorJson, BodiesEqualTheInterface) {
   const Table parents = system->getParentsVector();
   for (Size b = 0; b < nb_bodies; ++b) {
     const json& body = report["bodies"][b];
-    const auto pose = lumo::toMatrix(system->getPose(b));
+    const Eigen::MatrixXd pose = toDoubles(system->getPose(b));
     SCOPED_TRACE(system->getBodyName(b));
     EXPECT_EQ(body["name"], system->getBodyName(b));
     EXPECT_EQ(body["parent"], b == 0 ? json() : json(system->getBodyName(static_cast<Size>(parents[b]))));
