@@ -76,11 +76,16 @@ void computeNumber(std::uint64_t i, RigidBodySystem& robot, std::uint64_t states
 }
 inline std::uint64_t lengthOfSequence(std::uint64_t states) { return states + states / 10; }
 
+inline std::uint32_t bitsOf(float value) {
+  std::uint32_t bits;
+  std::memcpy(&bits, &value, sizeof bits);
+  return bits;
+}
+
 /// Continues the hash FNV-1a with the bits of floats. The bits of 0 and -0 differ.
 inline std::uint64_t hash(std::uint64_t value, const float* values, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
-    std::uint32_t bits;
-    std::memcpy(&bits, values + i, sizeof bits);
+    std::uint32_t bits = bitsOf(values[i]);
     for (int byte = 0; byte < 4; ++byte, bits >>= 8U) value = (value ^ (bits & 0xffU)) * 0x100000001b3U;
   }
   return value;

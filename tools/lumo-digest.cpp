@@ -3,7 +3,6 @@
 // plug-ins differ.
 
 #include <cstdint>
-#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -19,16 +18,13 @@ namespace {
 
 using lumo::RigidBodySystem;
 
-struct Value {
-  std::string name;
-  float value;
-};
-
-std::vector<Value> valuesOfNumber(std::uint64_t i, RigidBodySystem& robot, std::uint64_t states, float scale) {
-  std::vector<Value> all;
+/// The values of number i, each with its name.
+std::vector<std::pair<std::string, float>> valuesOfNumber(std::uint64_t i, RigidBodySystem& robot, std::uint64_t states,
+                                                          float scale) {
+  std::vector<std::pair<std::string, float>> all;
   lumo::computeNumber(i, robot, states, scale, [&all](const char* kind, int body, const float* values, std::size_t n) {
     const std::string name = body < 0 ? kind : fmt::format("{}, body {}", kind, body);
-    for (std::size_t k = 0; k < n; ++k) all.push_back({fmt::format("{}, value {}", name, k), values[k]});
+    for (std::size_t k = 0; k < n; ++k) all.emplace_back(fmt::format("{}, value {}", name, k), values[k]);
   });
   return all;
 }
@@ -38,10 +34,10 @@ void compare(RigidBodySystem& a, RigidBodySystem& b, std::uint64_t states, float
   for (std::uint64_t i = 0; i < lumo::lengthOfSequence(states); ++i) {
     const auto mine = valuesOfNumber(i, a, states, scale), others = valuesOfNumber(i, b, states, scale);
     for (std::size_t k = 0; k < mine.size(); ++k) {
-      const float x = mine[k].value, y = others[k].value;
-      if (std::memcmp(&x, &y, sizeof x) == 0) continue;
+      const float x = mine[k].second, y = others[k].second;
+      if (lumo::bitsOf(x) == lumo::bitsOf(y)) continue;
       throw std::runtime_error(
-          fmt::format("state {}, {}: {:.9g} ({:a}), in the other plug-in {:.9g} ({:a})", i, mine[k].name, x, x, y, y));
+          fmt::format("state {}, {}: {:.9g} ({:a}), in the other plug-in {:.9g} ({:a})", i, mine[k].first, x, x, y, y));
     }
   }
 }

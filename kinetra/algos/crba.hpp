@@ -29,7 +29,7 @@ namespace internal {
 /// read again than the floats of a node.
 template <int nb_dof>
 struct MassMatrix {
-  explicit MassMatrix(Eigen::Ref<Eigen::MatrixXf> blocks_) : blocks(blocks_) {}
+  explicit MassMatrix(const Eigen::Ref<Eigen::MatrixXf>& blocks_) : blocks(blocks_) {}
 
   Eigen::Ref<Eigen::MatrixXf> blocks;
   simd::Force F[nb_dof];
@@ -60,7 +60,7 @@ template <typename Joint, typename Rotation, typename ParentJoint, typename Pare
 
 /// The pass with the hooks of Visitor, those of crba or of partial_crba. args: what the hooks take after H.
 template <template <typename, int> class Visitor, typename Robot, typename... Args>
-void runCrba(Robot& robot, Eigen::Ref<Eigen::MatrixXf> blocks, const Args&... args) {
+void runCrba(Robot& robot, const Eigen::Ref<Eigen::MatrixXf>& blocks, const Args&... args) {
   MassMatrix<Robot::nb_dof> H(blocks);
   depth_first_traversal<Visitor, Robot>::run(robot, H, args...);
   forEachNode(robot, [&H](auto& n) {

@@ -56,7 +56,7 @@ struct fwd_kin_iX1 {
   static void run(Robot& robot, TransformT<RotationMatrix>* iX1, Eigen::MatrixBase<DerivedJ>& J,
                   Eigen::MatrixBase<DerivedCom>& comSum) {
     simd::Vector3 sum = Robot::inertias[0].h;
-    forEachNode(robot, [&](auto& n) {
+    forEachNode(robot, [&](const auto& n) {
       constexpr int i = std::decay_t<decltype(n)>::id;
       if constexpr (i > 0) internal::FwdKiniX1Visitor<Robot, i>::discover(robot, iX1, J, sum);
     });

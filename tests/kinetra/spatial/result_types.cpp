@@ -17,8 +17,8 @@ constexpr void expect(const Actual&...) {
 template <typename Rotation>
 void expectStored(const TransformT<Rotation>& X, const Motion& m, const Force& f, const Inertia& I,
                   const Eigen::Vector3f& p) {
-  expect<Motion>(m + m, m - m, m + Motion::Vector6(m), crm(m, m), X.apply(m), X.applyInv(m));
-  expect<Force>(f + f, f - f, crf(m, f), I * m, X.apply(f), X.applyInv(f));
+  expect<Motion>(m + m, m - Motion::zero(), m + Motion::Vector6(m), crm(m, m), X.apply(m), X.applyInv(m));
+  expect<Force>(f + f, f - Force::zero(), crf(m, f), I * m, X.apply(f), X.applyInv(f));
   expect<Inertia>(I + I, X.applyInv(I));
   expect<Eigen::Vector3f>(X.applyToPoint(p), X.applyInvToPoint(p), X.E.apply(p), X.E.applyInv(p));
   expect<Eigen::Matrix<float, 6, Eigen::Dynamic>>(X.applyInv(Eigen::Matrix<float, 6, Eigen::Dynamic>()));
