@@ -1,7 +1,10 @@
 """What the examples share: options, error messages, rotations, colours and pictures."""
 
 import argparse
+import io
+import os
 import pathlib
+import re
 import sys
 
 BUILT = pathlib.Path(__file__).resolve().parents[2] / "build/release/python"
@@ -19,46 +22,56 @@ TORSO, LIMBS = "#4a5261", ["#7a5ba8", "#12907c", "#3f6fb0", "#d9772b"]
 matplotlib.use("svg")
 matplotlib.rcParams.update({
     "svg.hashsalt": "lumo",  # makes the file reproducible
-    "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left", "axes.titlecolor": INK, "axes.labelcolor": INK,
+    "svg.fonttype": "none", "path.simplify_threshold": 0.2,  # keep the file small
+    "font.sans-serif": ["DejaVu Sans", "Verdana"], "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left", "axes.titlecolor": INK, "axes.labelcolor": INK,
     "axes.edgecolor": FAINT, "axes.spines.top": False, "axes.spines.right": False, "text.color": INK,
     "xtick.color": INK, "ytick.color": INK, "axes.grid": True, "grid.color": PANEL, "grid.linewidth": 0.6,
-    "lines.linewidth": 1.4, "lines.solid_capstyle": "round",
+    "lines.linewidth": 1.4, "lines.solid_capstyle": "butt",
 })
 
 
 class Parser(argparse.ArgumentParser):
     """Reports bad input with one line."""
 
+    def __init__(self, **arguments):
+        super().__init__(**arguments)
+        self._negative_number_matcher = re.compile(r"-\.?\d")  # -1,0,0 is a value, not an option
+
     def error(self, message):
         self.exit(2, f"{self.prog}: {message}\n")
 
 
 def run(main):
-    """Runs a program. An error is reported with one line and a non-zero exit code."""
+    """Runs a program. An error or Ctrl-C is reported with one line and a non-zero exit code."""
     try:
         with np.errstate(all="ignore"):
             main()
     except (KeyError, OSError, RuntimeError, ValueError) as error:
-        sys.exit(f"{sys.argv[0].rsplit('/', 1)[-1]}: {error.args[0] if isinstance(error, KeyError) else error}")
+        message = error.args[0] if isinstance(error, KeyError) else error
+    except KeyboardInterrupt:
+        message = "interrupted"
+    else:
+        return
+    sys.exit(f"{sys.argv[0].rsplit('/', 1)[-1]}: {message}")
 
 
-def numbers(count, least=-1e6, place=""):
+def numbers(count, least=-1e6, most=1e6, place=""):
     """The type of an option whose value is a list of numbers, separated by commas."""
     def read(text):
         try:
             values = np.array([float(word) for word in text.split(",")])
         except ValueError:
             values = np.empty(0)
-        if len(values) != count or not ((least <= values) & (values <= 1e6)).all():
+        if len(values) != count or not ((least <= values) & (values <= most)).all():
             what = "one number" if count == 1 else f"{count} numbers"
-            raise argparse.ArgumentTypeError(f"expected {what} from {least:g} to 1e+06{place}, got {text!r}")
+            raise argparse.ArgumentTypeError(f"expected {what} from {least:g} to {most:g}{place}, got {text!r}")
         return values
     return read
 
 
-def number(least):
+def number(least, most=1e6):
     """The type of an option whose value is one number."""
-    return lambda text: numbers(1, least)(text)[0]
+    return lambda text: numbers(1, least, most)(text)[0]
 
 
 def assignment(count):
@@ -74,6 +87,23 @@ def add_pose_options(parser):
                         help="the root's pose in the world (m, rad); the default is zero")
     parser.add_argument("--joint", type=assignment(1), action="append", default=[], metavar="NAME=RAD",
                         help="a joint angle; may be repeated")
+
+
+def add_svg_option(parser, default):
+    """The option for the picture. Whether the file can be written is known before the computation begins."""
+    def writable(file):
+        if not file.endswith(".svg"):
+            raise argparse.ArgumentTypeError(f"the name of the picture must end in .svg, got {file!r}")
+        exists = os.path.lexists(file)
+        try:
+            open(file, "a").close()
+        except OSError as error:
+            raise argparse.ArgumentTypeError(str(error))
+        if not exists:
+            os.remove(file)
+        return file
+    parser.add_argument("--svg", type=writable, default=default, metavar="FILE",
+                        help=f"the picture; the default is {default}")
 
 
 def set_pose(robot, options):
@@ -132,5 +162,15 @@ def label_lines(axes, x, lines):
 
 
 def save(figure, file):
-    figure.savefig(file, format="svg", metadata={"Date": None, "Creator": None})
+    """Writes a small file: nothing is clipped, no indentation, no names of groups, coordinates with one decimal, and no
+    letter for a line that follows a line."""
+    for artist in figure.findobj():
+        artist.set_clip_on(False)
+    svg = io.StringIO()
+    figure.savefig(svg, format="svg", metadata=dict.fromkeys(["Creator", "Date", "Format", "Type"]))
+    text = re.sub(r'(?<=\n) +| (?=\n)|(?<=<g) id="[^"]*"| transform="rotate\(-0 .*?\)"', "", svg.getvalue())
+    text = re.sub(r' (d|x|y)="[^"]*"', lambda part: re.sub(r"(\.\d)\d+", r"\1", part[0]), text)
+    text = re.sub(r' d="[^"C]*"', lambda path: path[0].replace("\nL ", "\n"), text)
+    with open(file, "w", encoding="utf-8") as output:
+        output.write(text)
     print(f"wrote {file}")
