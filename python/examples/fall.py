@@ -58,9 +58,9 @@ class FreeRobot:
         return (8 * (h[1] - h[-1]) - (h[2] - h[-2])) / (12 * dt)
 
     def acceleration(self, R, q, v):
-        """The derivative of v. It is solved for in the frame that falls freely with the root's origin. In this frame the
-        origin is at rest and nothing has weight, so no large terms cancel. The interface returns only the rows of b for
-        the joints. The six rows for the root are the derivative of the robot's momentum at zero acceleration."""
+        """The derivative of v. It is solved for in the frame that falls freely with the root's origin. In this frame,
+        the origin is at rest and nothing has weight, so no large terms cancel. The interface returns only the rows of b
+        for the joints. The six rows for the root are the derivative of the robot's momentum at zero acceleration."""
         in_frame, w = np.hstack([np.zeros(3), v[3:]]), v[3:6]
         rate = self.momentum_rate(q, in_frame)
         linear, angular = np.split(self.momentum(q, in_frame), 2)

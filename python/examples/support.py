@@ -23,7 +23,8 @@ matplotlib.use("svg")
 matplotlib.rcParams.update({
     "svg.hashsalt": "lumo",  # makes the file reproducible
     "svg.fonttype": "none", "path.simplify_threshold": 0.2,  # keep the file small
-    "font.sans-serif": ["DejaVu Sans", "Verdana"], "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left", "axes.titlecolor": INK, "axes.labelcolor": INK,
+    "font.sans-serif": ["DejaVu Sans", "Verdana"], "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left",
+    "axes.titlecolor": INK, "axes.labelcolor": INK,
     "axes.edgecolor": FAINT, "axes.spines.top": False, "axes.spines.right": False, "text.color": INK,
     "xtick.color": INK, "ytick.color": INK, "axes.grid": True, "grid.color": PANEL, "grid.linewidth": 0.6,
     "lines.linewidth": 1.4, "lines.solid_capstyle": "butt",
