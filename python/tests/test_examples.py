@@ -1,6 +1,8 @@
 """The examples: the laws of motion that the fall must obey, what the torques of gravity must be, and bad input."""
 
+import hashlib
 import itertools
+import os
 import pathlib
 import shutil
 import signal
@@ -130,7 +132,8 @@ def test_torques_of_gravity_are_the_slopes_of_the_potential_energy(base):
 
 @pytest.mark.parametrize("example, arguments", [
     (fall, "--joint Knee=1"), (fall, "--joint KneePitch"), (fall, "--joint KneePitch=nan"), (fall, "--push Torso=1,2"),
-    (fall, "--root 1,2"), (fall, "--step 0"), (fall, "--friction -1"), (fall, "--svg /none/fall.svg"), (fall, "--svg fall.png"),
+    (fall, "--root 1,2"), (fall, "--step 0"), (fall, "--friction -1"), (fall, "--svg fall.png"),
+    (fall, "--svg /none/fall.svg"),
     (fall, "--push LWristYaw=1e5,0,0"), (fall, "--seconds 1e308 --step 1e-308"), (fall, "--step 3"),
     (fall, "--seconds 1e6"), (fall, "--friction 1e300"), (fall, "--friction 1e6"), (fall, "--push Torso=1e308,1e308,0"),
     (fall, "--root 0,0,0,1e300,0,0"), (gravity_torques, "--sweep HipPitch=-1e308,1e308"),
@@ -201,6 +204,28 @@ def test_the_same_motion_gives_the_same_file_which_shows_the_energies(tmp_path, 
     printed = capsys.readouterr().out
     assert "The total energy changes by more than 1e-5 of the energy exchanged" in printed
     assert len(printed.splitlines()) > 10  # progress within a step
+
+
+def test_many_states_have_the_same_hash_when_a_worker_dies(tmp_path, monkeypatch, capsys):
+    pytest.importorskip("distributed")
+    import many_states
+    hashes = [many_states.torques(chunk, count)[1] for chunk, count in enumerate([5000, 5000, 5000, 4999])]
+
+    def deadly(*chunk, torques=many_states.torques, mark=tmp_path / "died"):
+        if not mark.exists():
+            mark.touch()
+            os.kill(os.getpid(), signal.SIGKILL)
+        return torques(*chunk)
+
+    monkeypatch.setattr(many_states, "torques", deadly)
+    monkeypatch.setattr(sys, "argv", ["many_states.py", "--states=19999", "--workers=2"])
+    handler = signal.getsignal(signal.SIGINT)
+    many_states.main()
+    signal.signal(signal.SIGINT, handler)
+    assert (tmp_path / "died").exists()
+    printed = capsys.readouterr().out
+    assert "100% Completed" in printed
+    assert printed.endswith(f"hash of all torques: {hashlib.sha256(''.join(hashes).encode()).hexdigest()[:16]}\n")
 
 
 def test_options_set_the_whole_pose():
