@@ -144,23 +144,15 @@ def draw_robot(axes, robot, R, p, q, label, strength):
     parents, colours = robot.getParentsVector(), np.array(support.body_colours(robot))
     joints = np.array([robot.getPose(b)[[0, 2], 3] for b in range(len(parents))])
     coms = np.array([robot.getComPosition(b)[[0, 2]] for b in range(len(parents))])
-    radii = [np.cbrt(3 * robot.getMass(b) / (4000 * np.pi)) for b in range(len(parents))]
+    radii = np.cbrt([3 * robot.getMass(b) / (4000 * np.pi) for b in range(len(parents))])
     circle = Path.arc(0, 360, n=4)
-    starts = np.flatnonzero(parents == 0)  # of the limbs
-    axes.add_patch(Polygon(joints[starts], color=support.PANEL, alpha=strength, linewidth=6, joinstyle="round"))
+    axes.add_patch(Polygon(joints[parents == 0], color=support.PANEL, alpha=strength, linewidth=6, joinstyle="round"))
     for colour in dict.fromkeys(colours):
         limb = np.flatnonzero(colours == colour)
         balls = [Path(radii[b] * circle.vertices + coms[b], circle.codes) for b in limb]
         axes.add_patch(PathPatch(Path.make_compound_path(*balls), color=colour, alpha=0.13 * strength, linewidth=0))
-        if colour == support.TORSO:
-            points = np.stack([np.broadcast_to(joints[0], (len(starts), 2)), joints[starts]], axis=1).reshape(-1, 2)
-        else:
-            points = np.vstack([joints[limb], coms[limb[-1]]])
+        points = np.vstack([joints[0], joints[limb], coms[limb[-1]]])
         axes.plot(*points.T, color=colour, alpha=strength, linewidth=2, solid_capstyle="round")
-    # Lines of no length with round ends need less space in the file than markers.
-    dots = np.stack([joints, joints, np.full_like(joints, np.nan)], axis=1).reshape(-1, 2).T
-    for colour, width in ((support.TORSO, 3.4), ("white", 2.2)):
-        axes.plot(*dots, color=colour, linewidth=width, solid_capstyle="round")
     top = max(joints[:, 1].max(), coms[:, 1].max())
     axes.text(joints[:, 0].mean(), top + 0.1, label, ha="center", color=support.FAINT)
 
@@ -217,7 +209,8 @@ def main():
                         help="duration; the default is 1")
     parser.add_argument("--step", type=support.number(1e-9), default=1e-3, metavar="SECONDS",
                         help="of the integration; the default is 0.001")
-    support.add_svg_option(parser, "fall.svg")
+    parser.add_argument("--svg", type=support.svg_file, default="fall.svg", metavar="FILE",
+                        help="the picture; the default is fall.svg")
     options = parser.parse_args()
     if options.root is None and not options.joint and not options.push:
         options = parser.parse_args([*THROW, *sys.argv[1:]])

@@ -83,7 +83,8 @@ def main():
     parser.add_argument("--base", default="KneePitch", metavar="BODY",
                         help="the body that is fixed and carries the weight: the robot stands on KneePitch, which is "
                              "the default, or hangs from Torso")
-    support.add_svg_option(parser, "gravity_torques.svg")
+    parser.add_argument("--svg", type=support.svg_file, default="gravity_torques.svg", metavar="FILE",
+                        help="the picture; the default is gravity_torques.svg")
     options = parser.parse_args()
     joints = [name for name, _ in options.sweep]
     if len(joints) > 2 or len(set(joints)) < len(joints):

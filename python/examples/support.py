@@ -44,16 +44,14 @@ class Parser(argparse.ArgumentParser):
 
 def run(main):
     """Runs a program. An error or Ctrl-C is reported with one line and a non-zero exit code."""
+    program = pathlib.Path(sys.argv[0]).name
     try:
         with np.errstate(all="ignore"):
             main()
-    except (KeyError, OSError, RuntimeError, ValueError) as error:
-        message = error.args[0] if isinstance(error, KeyError) else error
     except KeyboardInterrupt:
-        message = "interrupted"
-    else:
-        return
-    sys.exit(f"{sys.argv[0].rsplit('/', 1)[-1]}: {message}")
+        sys.exit(f"{program}: interrupted")
+    except (KeyError, ModuleNotFoundError, OSError, RuntimeError, ValueError) as error:
+        sys.exit(f"{program}: {error.args[0] if isinstance(error, KeyError) else error}")
 
 
 def numbers(count, least=-1e6, most=1e6, place=""):
@@ -90,21 +88,12 @@ def add_pose_options(parser):
                         help="a joint angle; may be repeated")
 
 
-def add_svg_option(parser, default):
-    """The option for the picture. Whether the file can be written is known before the computation begins."""
-    def writable(file):
-        if not file.endswith(".svg"):
-            raise argparse.ArgumentTypeError(f"the name of the picture must end in .svg, got {file!r}")
-        exists = os.path.lexists(file)
-        try:
-            open(file, "a").close()
-        except OSError as error:
-            raise argparse.ArgumentTypeError(str(error))
-        if not exists:
-            os.remove(file)
-        return file
-    parser.add_argument("--svg", type=writable, default=default, metavar="FILE",
-                        help=f"the picture; the default is {default}")
+def svg_file(name):
+    """The type of the option for the picture. Bad names are refused before the computation."""
+    folder = os.path.dirname(name) or "."
+    if not name.endswith(".svg") or not os.access(name if os.path.exists(name) else folder, os.W_OK):
+        raise argparse.ArgumentTypeError(f"expected a file that can be written and ends in .svg, got {name!r}")
+    return name
 
 
 def set_pose(robot, options):
@@ -146,32 +135,25 @@ def body_colours(robot):
 
 
 def label_lines(axes, x, lines):
-    """Writes the names of lines beside their right ends, without overlaps. `lines` has a name, the height at x and a
-    colour for each line."""
-    low, high = axes.get_ylim()
-    gap = (high - low) * 0.155 / (axes.get_position().height * axes.figure.get_figheight())
-    lines = sorted(lines, key=lambda line: line[1])
-    heights = np.array([line[1] for line in lines])
-    for _ in range(1000):  # neighbours that overlap push each other apart
-        overlap = np.maximum(0, gap - np.diff(heights)) / 2
-        heights[:-1] -= overlap
-        heights[1:] += overlap
-    for (name, end, colour), height in zip(lines, heights):
+    """Writes the names of lines beside their right ends, each above the one below. `lines` has a name, the height at x
+    and a colour for each line."""
+    gap = np.ptp(axes.get_ylim()) * 0.155 / (axes.get_position().height * axes.figure.get_figheight())
+    height = -np.inf
+    for name, end, colour in sorted(lines, key=lambda line: line[1]):
+        height = max(end, height + gap)
         line = {"arrowstyle": "-", "color": FAINT, "linewidth": 0.5, "relpos": (0, 0.5), "shrinkA": 0, "shrinkB": 2}
         axes.annotate(name, (x, end), (1.06, height), textcoords=("axes fraction", "data"), color=colour, fontsize=8,
                       va="center", annotation_clip=False, arrowprops=line)
 
 
 def save(figure, file):
-    """Writes a small file: nothing is clipped, no indentation, no names of groups, coordinates with one decimal, and no
-    letter for a line that follows a line."""
+    """Writes a small file: no clipping, indentation or names of groups, and coordinates with one decimal."""
     for artist in figure.findobj():
         artist.set_clip_on(False)
     svg = io.StringIO()
     figure.savefig(svg, format="svg", metadata=dict.fromkeys(["Creator", "Date", "Format", "Type"]))
     text = re.sub(r'(?<=\n) +| (?=\n)|(?<=<g) id="[^"]*"| transform="rotate\(-0 .*?\)"', "", svg.getvalue())
     text = re.sub(r' (d|x|y)="[^"]*"', lambda part: re.sub(r"(\.\d)\d+", r"\1", part[0]), text)
-    text = re.sub(r' d="[^"C]*"', lambda path: path[0].replace("\nL ", "\n"), text)
-    with open(file, "w", encoding="utf-8") as output:
-        output.write(text)
+    text = re.sub(r' d="[^"C]*"', lambda path: path[0].replace("\nL ", "\n"), text)  # a line follows a line
+    pathlib.Path(file).write_text(text, encoding="utf-8")
     print(f"wrote {file}")
