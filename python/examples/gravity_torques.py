@@ -63,12 +63,11 @@ def draw_maps(robot, joints, ranges, torques, file):
         if len(inside):
             axes.contour(*ranges, torque, inside, colors=support.INK, linewidths=0.6, linestyles="solid")
         # Each contour has its label where it crosses the diagonal of the map.
-        steps = np.linspace(0, 1, 1000)
-        along = np.interp(steps, np.linspace(0, 1, len(torque)), np.diag(torque))
-        for level in inside:
-            for step in steps[:-1][np.diff(along > level)]:
-                axes.text(*[angles[0] + step * (angles[-1] - angles[0]) for angles in ranges], f"{level:g}", fontsize=8,
-                          ha="center", va="center", bbox={"facecolor": "white", "linewidth": 0, "pad": 1})
+        diagonal = np.linspace([angles[0] for angles in ranges], [angles[-1] for angles in ranges], 1000)
+        along = np.interp(np.linspace(0, 1, 1000), np.linspace(0, 1, len(torque)), np.diag(torque))
+        for i, k in np.argwhere(np.diff(along > inside[:, None])):
+            axes.text(*diagonal[k], f"{inside[i]:g}", fontsize=8, ha="center", va="center",
+                      bbox={"facecolor": "white", "linewidth": 0, "pad": 1})
         figure.colorbar(bands, ax=axes, ticks=levels)
         axes.set(title=f"Torque of {joint} at rest (N m)", xlabel=f"{joints[0]} (rad)", ylabel=f"{joints[1]} (rad)")
         axes.grid(False)

@@ -46,9 +46,11 @@ def main():
 
     states, workers = int(options.states), options.workers and int(options.workers)
     starts = range(0, states, CHUNK)
-    local = {"n_workers": workers, "threads_per_worker": 1, "dashboard_address": None}
-    signal.signal(signal.SIGINT, signal.SIG_IGN)  # also for the workers that start now
-    with distributed.Client(options.scheduler, timeout=10, **({} if options.scheduler else local)) as client:
+    cluster = {"address": options.scheduler, "timeout": 10}
+    if not options.scheduler:
+        cluster = {"n_workers": workers, "threads_per_worker": 1, "dashboard_address": None}
+        signal.signal(signal.SIGINT, signal.SIG_IGN)  # also for the workers that start now
+    with distributed.Client(**cluster) as client:
         signal.signal(signal.SIGINT, interrupted)
         client.wait_for_workers(1, timeout=60)
         begin = time.monotonic()
