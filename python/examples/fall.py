@@ -188,7 +188,7 @@ def draw(robot, motion, file):
         axes.set_title(robot.getJointAngleName(k), color=colours[k], fontsize=7.5)
         axes.tick_params(labelsize=8, left=False, bottom=False)
         axes.spines[:].set_visible(False)
-        axes.set_xticks(time[[0, -1]])
+        axes.set_xticks(time[[0, -1]], ["0", f"{time[-1]:g}"])
     axes.locator_params("y", nbins=4)
     panels[0, 0].annotate("Joint angles (rad)", (0, 1), (0, 22), "axes fraction", "offset points", fontsize=10)
     panels[2, 2].set_xlabel("time (s)")
