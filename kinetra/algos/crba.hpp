@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 
 #include <kinetra/Node.hpp>
@@ -33,7 +32,7 @@ struct MassMatrix {
   explicit MassMatrix(Eigen::Ref<Eigen::MatrixXf> blocks_) : blocks(blocks_) {}
 
   Eigen::Ref<Eigen::MatrixXf> blocks;
-  std::array<simd::Force, nb_dof> F;
+  simd::Force F[nb_dof];
 };
 
 /// One past the last coordinate of the subtree of node j, whose coordinates follow one another.

@@ -1,8 +1,5 @@
 #include <cerrno>
-#include <cstdint>
-#include <cstdlib>
 #include <fstream>
-#include <new>
 
 #include <tests/plugin/answers.hpp>
 #include <tests/plugin/support.hpp>
@@ -16,7 +13,6 @@ namespace {
 constexpr std::size_t none = static_cast<std::size_t>(-1);
 std::size_t allocations = 0, blocks = 0;
 std::size_t first_to_fail = none, last_to_fail = none;
-bool new_is_aligned = true;
 
 bool fails() {
   ++allocations;
@@ -58,18 +54,6 @@ void free(void* block) noexcept {
 }
 }
 
-// A host may replace these functions by its own, which may align to eight bytes only.
-void* operator new(std::size_t n) {
-  auto* const block = static_cast<char*>(std::malloc(n + 8));
-  if (block == nullptr) throw std::bad_alloc();
-  return lumo::test::new_is_aligned ? block : block + 8;
-}
-void operator delete(void* block) noexcept {
-  const auto address = reinterpret_cast<std::uintptr_t>(block);
-  std::free(reinterpret_cast<void*>(address - address % 16));
-}
-void operator delete(void* block, std::size_t) noexcept { operator delete(block); }
-
 namespace {
 
 using namespace lumo::test;
@@ -110,16 +94,6 @@ TEST(Allocation, HappensOnlyInDocumentedOperations) {
       EXPECT_EQ(allocationsIn([&] { (void)std::invoke(query, s, index...); }), 0U) << kind << ", " << round;
     });
   }
-}
-
-TEST(Allocation, AlignsObjectsAndClonesEvenIfTheOperatorNewOfTheHostDoesNot) {
-  const lumo::Plugin plugin(LUMO_PLUGIN);
-  new_is_aligned = false;
-  const auto object = plugin.create();
-  const auto clone = object->clone();
-  new_is_aligned = true;
-  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(object.get()) % 16, 0U);
-  EXPECT_EQ(reinterpret_cast<std::uintptr_t>(clone.get()) % 16, 0U);
 }
 
 /// Lets each allocation of a call fail, alone and then together with all that follow it, and returns the number of

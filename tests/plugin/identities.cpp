@@ -29,14 +29,6 @@ struct Identities : testing::TestWithParam<unsigned> {
     system->computePartialComJacobian(b, partial);
     return toDoubles(partial);
   }
-
-  MatrixXd torquesAt(float rootSpeed, float jointSpeed) const {
-    const Eigen::ArrayXf v = rootSpeed * x.dq.head<6>(), w = jointSpeed * x.dq.tail<15>();
-    system->setRootVelocity(Velocity6D(v[0], v[1], v[2], v[3], v[4], v[5]));
-    system->setJointAnglesVel(w);
-    system->computeInverseDynamics();
-    return toDoubles(system->getJointAnglesTorque());
-  }
 };
 INSTANTIATE_TEST_SUITE_P(Seed, Identities, testing::Range(100U, 104U));
 
@@ -60,14 +52,6 @@ TEST_P(Identities, PartialCentreOfMassIsTheWeightedMeanOfTheOtherBodies) {
   }
 }
 
-TEST_P(Identities, RootRotationColumnOfAPartialJacobianIsTheMomentumOfTheOtherBodies) {
-  const Vector3d axis = root.linear().col(0);
-  for (Size b = 0; b < nb_bodies; ++b) {
-    const Vector3d arm = (moment() - moment(b)) - partialMass(b) * root.translation();
-    EXPECT_TRUE(near(partialJacobian(b).col(3), axis.cross(arm), 16 * epsilon * mass)) << "without body " << b;
-  }
-}
-
 TEST_P(Identities, SumOfThePartialJacobiansIs15TimesTheMomentumRowsOfTheMassMatrix) {
   MatrixXd sum = MatrixXd::Zero(3, 21);
   for (Size b = 0; b < nb_bodies; ++b) sum += partialJacobian(b);  // each body is left out of one of the 16
@@ -88,17 +72,10 @@ TEST_P(Identities, TorquesAtRestAreTheSumOfInertiaWeightAndWrenches) {
       expected[i + 5] -= J.col(i + 5).head(3).dot(n) + J.col(i + 5).tail(3).dot(f);
     }
   }
-  EXPECT_TRUE(near(torquesAt(0, 0), expected.tail(15), 2 * epsilon * 9.81 * mass));
-}
-
-TEST_P(Identities, VelocityTorquesGrowQuadratically) {
-  const MatrixXd atRest = torquesAt(0, 0);
-  for (const auto& [ofRoot, ofJoints] : {std::pair{1.0F, 0.0F}, {0.0F, 1.0F}, {1.0F, 1.0F}}) {
-    SCOPED_TRACE(ofRoot > 0 ? ofJoints > 0 ? "all velocities" : "the root's velocity" : "the joints' velocities");
-    const MatrixXd added = torquesAt(ofRoot, ofJoints) - atRest;
-    EXPECT_GT(added.cwiseAbs().minCoeff(), 1e-6);
-    EXPECT_TRUE(near(torquesAt(-2 * ofRoot, -2 * ofJoints) - atRest, 4 * added, 8 * epsilon * 9.81 * mass));
-  }
+  system->setRootVelocity(Velocity6D(0, 0, 0, 0, 0, 0));
+  system->setJointAnglesVel(Eigen::ArrayXf::Zero(15));
+  system->computeInverseDynamics();
+  EXPECT_TRUE(near(system->getJointAnglesTorque(), expected.tail(15), 2 * epsilon * 9.81 * mass));
 }
 
 }  // namespace

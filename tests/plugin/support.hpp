@@ -11,7 +11,6 @@
 #include <tests/plugin/answers.hpp>
 #include <tests/support/matchers.hpp>
 #include <tools/RandomState.hpp>
-#include <tools/toFloats.hpp>
 
 // Helpers for the tests of the loaded plug-in. They make host values with the operations that the plug-in needs, and
 // read them as floats, so that the tests work with any math library.

@@ -1,3 +1,5 @@
+#include <malloc.h>
+
 #include <thread>
 
 #include <tests/plugin/answers.hpp>
@@ -29,6 +31,17 @@ TEST(Threads, SeparateObjectsComputeTheSameBitsInParallel) {
   for (unsigned i = 0; i < count; ++i) threads.emplace_back([&, i] { together[i] = work(*objects[i], i); });
   for (std::thread& thread : threads) thread.join();
   for (unsigned i = 0; i < count; ++i) EXPECT_TRUE(identical(together[i], work(*create(), i))) << "thread " << i;
+}
+
+// The thread sanitizer of gcc does not see every write, so this test compares the memory of the object.
+TEST(Threads, QueriesDoNotWriteToTheObject) {
+  const auto object = computed(RandomState(1));
+  const auto memory = [&object] {
+    return std::string(reinterpret_cast<const char*>(object.get()), malloc_usable_size(object.get()));
+  };
+  const std::string before = memory();
+  queries(*object);
+  EXPECT_TRUE(memory() == before);
 }
 
 TEST(Threads, CanQueryOneObjectAtTheSameTime) {

@@ -187,8 +187,8 @@ std::string nameArrows(const std::vector<Arrow>& arrows) {
   using Box = Eigen::AlignedBox2d;
   std::vector<Box> taken;
   for (const auto& [from, to, name, colour] : arrows) {
-    for (double t = 0; t <= 1.05; t += 0.1) {
-      const Vector2d p = from + t * (to - from);
+    for (int i = 0; i <= 10; ++i) {
+      const Vector2d p = from + i * (to - from) / 10;
       taken.emplace_back(p - Vector2d(5, 5), p + Vector2d(5, 5));
     }
   }
