@@ -1,14 +1,12 @@
-// The Python module lumo. It is a host: it loads the plug-in and does not link the model. It checks all arguments, and
-// converts arguments and results by their types in the interface.
+// The Python module lumo. It is a host: it loads the plug-in and does not link the model. It has one table of the
+// operations, and converts their arguments and results by their types in the interface.
 
-#include <algorithm>
-#include <array>
 #include <cmath>
-#include <cstring>
 #include <filesystem>
-#include <limits>
+#include <functional>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <tuple>
@@ -18,43 +16,61 @@
 
 #include <dlfcn.h>
 
-#include <pybind11/numpy.h>
-#include <pybind11/pybind11.h>
-
 #include <host/Plugin.hpp>
+#include <python/arguments.hpp>
+#include <python/evaluate.hpp>
+#include <python/results.hpp>
 
-namespace py = pybind11;
+namespace lumo::python {
 
 namespace {
 
-using lumo::Plugin;
-using OX::Math::Position3D;
 using OX::Math::Transform;
-using OX::Math::Velocity6D;
-using System = lumo::RigidBodySystem;
 
 // --- Objects ---------------------------------------------------------------------------------------------------
 
-/// What Python holds: an object of a plug-in. Views keep it alive, and it keeps the plug-in loaded.
+/// What Python calls a Plugin: a plug-in and its file.
+struct File {
+  std::filesystem::path path;
+  bool isOwn;  ///< the plug-in of the same build or installation as this module
+  Plugin plugin;
+};
+
+/// What Python calls a RigidBodySystem: an object of a plug-in. Views keep it alive, and it keeps the plug-in loaded.
 struct Robot {
+  std::string name;
   std::shared_ptr<void> library;
-  std::shared_ptr<System> system;
-  /// For each pose in the system that Python has asked for, a 4 x 4 matrix, stored by rows.
-  std::map<const Transform*, std::array<float, 16>> matrices = {};
+  std::unique_ptr<System, std::function<void(System*)>> system;
+  /// For each pose in the system that Python has asked for, the matrix that it sees.
+  std::map<const Transform*, PoseMatrix> matrices = {};
 
   void refreshMatrices() {
-    for (auto& [pose, matrix] : matrices) std::memcpy(matrix.data(), pose, sizeof(Transform));
+    for (auto& [pose, matrix] : matrices) matrix = *pose;
   }
 };
-using Self = std::shared_ptr<Robot>;
 
-Self create(const Plugin& plugin) {
-  Plugin::Object object = plugin.create();
+Robot create(const File& file) {
+  const auto lock = lockMasses();  // because the plug-in computes the total mass
+  Plugin::Object object = file.plugin.create();
   std::shared_ptr<void> library = object.get_deleter().library;
-  return std::make_shared<Robot>(Robot{std::move(library), std::move(object)});
+  return {file.path.stem(), std::move(library), std::move(object)};
 }
 
-Self clone(const Robot& robot) { return std::make_shared<Robot>(Robot{robot.library, robot.system->clone()}); }
+Robot clone(const Robot& robot) { return {robot.name, robot.library, robot.system->clone()}; }
+
+std::string describe(const Robot& robot) {
+  const System& system = *robot.system;
+  const PoseMatrix root(system.getRootPose());
+  std::ostringstream text;
+  text << "<lumo.RigidBodySystem " << robot.name << ": root at (" << root.rows[3] << ", " << root.rows[7] << ", "
+       << root.rows[11] << ") m";
+  for (std::size_t k = 0; k < system.getNbJointAngles(); ++k) {
+    const float angle = system.getJointAnglePos(k);
+    if (angle != 0) text << ", " << system.getJointAngleName(k) << ' ' << angle << " rad";
+  }
+  text << (text.str().back() == 'm' ? ", all joint angles 0>" : ">");
+  return text.str();
+}
 
 /// The plug-in of the same build or installation as this module.
 std::filesystem::path ownPlugin() {
@@ -70,223 +86,132 @@ std::filesystem::path ownPlugin() {
                            ": name its file, lumo.Plugin(file)");
 }
 
-Plugin load(const py::object& file) {
-  if (file.is_none()) return Plugin(ownPlugin());
-  PyObject* path = nullptr;
-  if (PyUnicode_FSConverter(file.ptr(), &path) == 0) throw py::error_already_set();
-  return Plugin(std::string(py::reinterpret_steal<py::bytes>(path)));
-}
-
-// --- From Python: everything is checked before the plug-in is called -------------------------------------------
-
-template <typename... Values>
-[[noreturn]] void raise(PyObject* type, const char* format, const Values&... values) {
-  PyErr_SetObject(type, py::str(format).format(values...).ptr());
-  throw py::error_already_set();
-}
-
-py::object typeName(py::handle value) { return py::type::handle_of(value).attr("__name__"); }
-
-/// The numbers of an array, a list or a number, by rows.
-template <typename... Sizes>
-std::vector<float> toFloats(py::handle value, Sizes... shape) {
-  if (py::hasattr(value, "_mask") && py::module_::import("numpy.ma").attr("is_masked")(value).cast<bool>()) {
-    raise(PyExc_TypeError, "expected numbers, got {} with masked values", typeName(value));
-  }
-  const py::array given(py::reinterpret_borrow<py::object>(value));
-  bool areReal = std::string("fiu").find(given.dtype().kind()) != std::string::npos;
-  if (given.dtype().kind() == 'O') {  // for example integers of more than 64 bits
-    const py::object real = py::module_::import("numbers").attr("Real");
-    const py::list elements = given.attr("ravel")().attr("tolist")();
-    areReal = std::all_of(elements.begin(), elements.end(),
-                          [&](py::handle x) { return py::isinstance(x, real) && !PyBool_Check(x.ptr()); });
-  }
-  if (!areReal) raise(PyExc_TypeError, "expected numbers, got {} of {}", typeName(value), given.dtype());
-
-  const auto described = [](const py::object& sizes) {
-    return py::len(sizes) == 0 ? py::str("one number") : py::str("an array of shape {}").format(sizes);
-  };
-  const py::tuple needed = py::make_tuple(shape...);
-  if (!needed.equal(given.attr("shape"))) {
-    raise(PyExc_ValueError, "expected {}, got {}", described(needed), described(given.attr("shape")));
-  }
-  constexpr auto largest = static_cast<long double>(std::numeric_limits<float>::max());
-  const auto isTooLarge = [](long double x) { return std::isfinite(x) && std::abs(x) > largest; };
-  // The conversion fails only for a real number that is too large.
-  const auto numbers = py::array_t<long double, py::array::c_style | py::array::forcecast>::ensure(given);
-  if (!numbers || std::any_of(numbers.data(), numbers.data() + numbers.size(), isTooLarge)) {
-    raise(PyExc_ValueError, "expected numbers of at most 3.4e38, got a larger one");
-  }
-  return std::vector<float>(numbers.data(), numbers.data() + numbers.size());
-}
-
-/// A value of the host's math library from its floats.
-template <typename Value>
-Value fromFloats(const std::vector<float>& floats) {
-  static_assert(std::is_trivially_copyable_v<Value>);
-  Value value;
-  std::memcpy(static_cast<void*>(&value), floats.data(), sizeof value);
-  return value;
-}
-
-Transform toTransform(py::handle value) {
-  const std::vector<float> floats = toFloats(value, 4, 4);
-  for (std::size_t column = 0; column < 4; ++column) {
-    if (!(std::abs(floats[12 + column] - (column == 3 ? 1.0F : 0.0F)) < 1e-6F)) {
-      raise(PyExc_ValueError, "expected 0, 0, 0, 1 as the last row of a pose, got {}, {}, {}, {}", floats[12],
-            floats[13], floats[14], floats[15]);
-    }
-  }
-  return fromFloats<Transform>(floats);
-}
-
-/// What the index of an operation counts.
-struct Indexed {
-  const char* noun;
-  std::size_t (System::*count)() const;
-  const std::string& (System::*name)(std::size_t) const = nullptr;
-  std::size_t (System::*id)(const std::string&) const = nullptr;
-};
-const Indexed body = {"body", &System::getNbBodies, &System::getBodyName, &System::getBodyId};
-const Indexed joint = {"joint angle", &System::getNbJointAngles, &System::getJointAngleName, &System::getJointAngleId};
-const Indexed frame = {"volatile frame", &System::getNbVolatileFrames};
-
-std::string toName(const System& system, const Indexed& of, py::handle value) {
-  if (!PyUnicode_Check(value.ptr())) {
-    raise(PyExc_TypeError, "expected the name of a {}, got {}", of.noun, typeName(value));
-  }
-  py::dict names;
-  for (std::size_t i = 0; i < (system.*of.count)(); ++i) {
-    const std::string& name = (system.*of.name)(i);
-    if (value.equal(py::str(name))) return name;
-    names[py::str(name).attr("lower")()] = name;
-  }
-  const auto closest = py::module_::import("difflib").attr("get_close_matches");
-  const py::object start = value[py::slice(0, 100, 1)];
-  const py::list nearest = closest(start.attr("lower")(), names, 1, 0.0);
-  raise(PyExc_KeyError, "no {} named \"{}\"; the nearest is \"{}\"", of.noun, start, names[nearest[0]]);
-}
-
-std::size_t toIndex(const System& system, const Indexed& of, py::handle value) {
-  if (PyUnicode_Check(value.ptr()) && of.id != nullptr) return (system.*of.id)(toName(system, of, value));
-  const bool isBool = PyBool_Check(value.ptr()) || py::type::handle_of(value).is(py::dtype::of<bool>().attr("type"));
-  if (PyIndex_Check(value.ptr()) == 0 || isBool) {
-    raise(PyExc_TypeError, of.id ? "expected the index or name of a {}, got {}" : "expected the index of a {}, got {}",
-          of.noun, typeName(value));
-  }
-  const py::ssize_t index = PyNumber_AsSsize_t(value.ptr(), PyExc_IndexError);
-  if (index == -1 && PyErr_Occurred()) throw py::error_already_set();
-  const auto count = static_cast<py::ssize_t>((system.*of.count)());
-  if (index < 0 || index >= count) {
-    raise(PyExc_IndexError,
-          count == 1 ? "expected 0 as the index of a {1}, got {2}" : "expected 0 to {0} as the index of a {1}, got {2}",
-          count - 1, of.noun, index);
-  }
-  return static_cast<std::size_t>(index);
-}
-
-/// An argument of an operation, by its type in the interface.
-template <typename Argument>
-auto fromPython(const System& system, const Indexed& of, py::handle value) {
-  using T = std::decay_t<Argument>;
-  if constexpr (std::is_same_v<T, std::size_t>) {
-    return toIndex(system, of, value);
-  } else if constexpr (std::is_same_v<T, std::string>) {
-    return toName(system, of, value);
-  } else if constexpr (std::is_same_v<T, float>) {
-    return toFloats(value)[0];
-  } else if constexpr (std::is_same_v<T, Transform>) {
-    return toTransform(value);
-  } else if constexpr (std::is_same_v<T, Position3D>) {
-    return fromFloats<Position3D>(toFloats(value, 3));
-  } else if constexpr (std::is_same_v<T, Velocity6D>) {
-    const std::vector<float> v = toFloats(value, 6);
-    return Velocity6D(v[0], v[1], v[2], v[3], v[4], v[5]);
-  } else if constexpr (std::is_same_v<T, std::vector<float>>) {  // a wrench
-    return toFloats(value, 6);
-  } else if constexpr (std::is_same_v<T, Eigen::Matrix3f>) {
-    const std::vector<float> rows = toFloats(value, 3, 3);
-    return Eigen::Matrix3f(Eigen::Matrix3f::Map(rows.data()).transpose());
-  } else {  // all joint angles
-    static_assert(std::is_same_v<T, Eigen::Ref<const Eigen::ArrayXf>>);
-    const auto count = static_cast<py::ssize_t>(system.getNbJointAngles());
-    const std::vector<float> angles = toFloats(value, count);
-    return Eigen::ArrayXf(Eigen::ArrayXf::Map(angles.data(), count));
-  }
+File load(const py::object& file) {
+  if (file.is_none()) return {ownPlugin(), true, Plugin(ownPlugin())};
+  PyObject* bytes = nullptr;
+  if (PyUnicode_FSConverter(file.ptr(), &bytes) == 0) throw py::error_already_set();
+  const std::filesystem::path path = std::string(py::reinterpret_steal<py::bytes>(bytes));
+  return {std::filesystem::absolute(path), false, Plugin(path)};
 }
 
 // --- To Python: what an operation returns by reference is a view -----------------------------------------------
 
-/// A read-only array of floats in the object, which it keeps alive. Without strides, the floats are stored by rows.
-py::array view(const Self& robot, const float* floats, py::array::ShapeContainer shape,
-               py::array::StridesContainer strides = {}) {
-  py::array array(std::move(shape), std::move(strides), floats, py::cast(robot));
-  array.attr("setflags")(py::arg("write") = false);
-  return array;
-}
-
 /// A result of an operation, by its type in the interface.
 template <typename Result>
-py::object toPython(const Self& robot, const std::decay_t<Result>& result) {
+py::object toPython(Robot& robot, const std::decay_t<Result>& result) {
   using T = std::decay_t<Result>;
-  constexpr py::ssize_t size = sizeof(float), floats = sizeof(T) / size;
-  if constexpr (std::is_same_v<Result, const Transform&>) {
-    robot->matrices[&result] = {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 1};
-    robot->refreshMatrices();
-    return view(robot, robot->matrices[&result].data(), {4, 4});
-  } else if constexpr (std::is_same_v<Result, const Position3D&>) {
-    return view(robot, reinterpret_cast<const float*>(&result), {floats});
-  } else if constexpr (std::is_same_v<Result, lumo::FloatView>) {
-    return view(robot, result.begin(), {result.size()});
-  } else if constexpr (std::is_same_v<T, Eigen::MatrixXf> ||
-                       std::is_same_v<T, Eigen::Matrix<float, 6, Eigen::Dynamic>>) {
-    return view(robot, result.data(), {result.rows(), result.cols()}, {size, size * result.rows()});
-  } else if constexpr (std::is_same_v<T, Position3D> || std::is_same_v<T, Velocity6D>) {
-    return py::array_t<float>(floats, reinterpret_cast<const float*>(&result));
-  } else if constexpr (std::is_same_v<T, std::vector<std::int64_t>>) {
-    return py::array_t<std::int64_t>(static_cast<py::ssize_t>(result.size()), result.data());
-  } else {
+  if constexpr (std::is_arithmetic_v<T> || std::is_same_v<T, std::string>) {
     return py::cast(result);
+  } else {
+    constexpr bool isView = std::is_reference_v<Result> || std::is_same_v<T, FloatView>;
+    const auto block = [&] {
+      if constexpr (std::is_same_v<T, Transform>) {
+        return blockOf(robot.matrices.try_emplace(&result, result).first->second);
+      } else {
+        return blockOf(result);
+      }
+    }();
+    using Number = typename decltype(block)::Number;
+    constexpr py::ssize_t size = sizeof(Number);
+    std::vector<py::ssize_t> strides = {block.rowStride * size, block.columnStride * size};
+    strides.erase(strides.begin(), strides.end() - block.shape.dimensions);
+    py::array array(py::dtype::of<Number>(), block.shape.sizes(), std::move(strides), block.first,
+                    isView ? py::cast(&robot) : py::object());
+    if (isView) py::detail::array_proxy(array.ptr())->flags &= ~py::detail::npy_api::NPY_ARRAY_WRITEABLE_;
+    return std::move(array);
+  }
+}
+
+// --- Operations ------------------------------------------------------------------------------------------------
+
+/// An argument as it is kept during a call: an index, a name, a number, or the floats of an array.
+template <typename T>
+auto fromPython(const System& system, const Indexed& of, py::handle value) {
+  if constexpr (std::is_same_v<T, std::size_t>) {
+    return toIndex(system, of, value);
+  } else if constexpr (std::is_same_v<T, std::string>) {
+    return (system.*of.name)(nameToIndex(system, of, value));
+  } else if constexpr (std::is_same_v<T, float>) {
+    return toFloat(value);
+  } else {
+    std::vector<float> floats;
+    Numbers(value, shapeOf<T>(system)).read(0, floats);
+    return floats;
+  }
+}
+
+/// The argument itself.
+template <typename T, typename Kept>
+decltype(auto) toArgument(const Kept& kept) {
+  if constexpr (std::is_same_v<Kept, std::vector<float>>) {
+    return fromFloats<T>(kept);
+  } else {
+    return kept;
   }
 }
 
 template <typename>
 using Any = py::handle;
 
-System& systemOf(const Self& robot) {
-  if (robot == nullptr) throw py::type_error("expected a RigidBodySystem, got None");
-  return *robot->system;
-}
-
 /// The class in Python, and how operations are added to it.
-class Operations : public py::class_<Robot, Self> {
+class Operations : public py::class_<Robot> {
  public:
   using class_::class_;
 
-  /// Adds an operation of the interface. `parameters` are the names that help() shows, or nullptr if there are
-  /// overloads; then the text starts with its call and a colon. `of` says what an index or a name refers to.
+  /// Adds an operation of the interface. `parameters` are the names that help() shows. If there are overloads, each
+  /// text starts with its call, and the first has the parameters of all. `of` says what an index or a name refers to.
   template <typename Result, typename... Arguments>
   void op(const char* name, const char* parameters, Result (System::*operation)(Arguments...) const, const char* text,
           const Indexed& of = body) {
-    add<Result, Arguments...>(name, parameters, operation, text, of);
+    add<Result, std::decay_t<Arguments>...>(name, parameters, operation, text, of);
   }
   template <typename Result, typename... Arguments>
   void op(const char* name, const char* parameters, Result (System::*operation)(Arguments...), const char* text,
           const Indexed& of = body) {
-    add<Result, Arguments...>(name, parameters, operation, text, of);
+    add<Result, std::decay_t<Arguments>...>(name, parameters, operation, text, of);
+  }
+
+  /// Adds any function of a system as an operation.
+  template <typename Result, typename... Arguments, typename Operation>
+  void add(const char* name, const char* parameters, Operation operation, const char* text, const Indexed& of = body) {
+    addFunction(name, parameters, text, [=, &of](Robot& robot, Any<Arguments>... values) {
+      System& system = *robot.system;
+      const std::tuple kept{fromPython<Arguments>(system, of, values)...};
+      const auto call = [&](const auto&... each) -> Result {
+        return std::invoke(operation, system, toArgument<Arguments>(each)...);
+      };
+      if constexpr (std::is_void_v<Result>) {
+        std::apply(call, kept);
+        constexpr bool movesPoses = sizeof...(Arguments) == 0 || (isPose<Arguments> || ...);
+        if constexpr (movesPoses) robot.refreshMatrices();
+      } else {
+        return toPython<Result>(robot, std::apply(call, kept));
+      }
+    });
+    constexpr bool hasIndex = std::is_same_v<std::tuple_element_t<0, std::tuple<Arguments..., void>>, std::size_t>;
+    constexpr std::size_t values = sizeof...(Arguments) - hasIndex;
+    if constexpr (std::is_void_v<Result> && values == 1) {
+      evaluate->addInput<hasIndex, std::tuple_element_t<hasIndex, std::tuple<Arguments...>>>(name, operation, of);
+    } else if constexpr (!std::is_void_v<Result> && values == 0 && !std::is_same_v<std::decay_t<Result>, std::string>) {
+      evaluate->addOutput<hasIndex, std::decay_t<Result>>(name, operation, of);
+    }
   }
 
   /// Adds a function. Python takes the signature from the first line of the documentation.
-  template <typename Function>
-  void add(const char* name, const char* parameters, const Function& function, const char* text) {
+  template <typename Function, typename... Extra>
+  void addFunction(const std::string& name, const char* parameters, const char* text, const Function& function,
+                   const Extra&... extra) {
+    const std::string all = parameters == nullptr ? "" : parameters;
     std::string signature;
     if (parameters != nullptr) {
-      signature = std::string(name) + "($self, " + parameters + (*parameters ? ", " : "") + "/)\n--\n\n";
+      const bool isEvaluate = sizeof...(extra) > 0;
+      signature = name + "(self" + (all.empty() ? "" : ", ") + all + (isEvaluate ? ")" : ", /)") + "\n--\n\n";
     }
-    def(name, function, (signature + text).c_str());
+    def(name.c_str(), function, (signature + text).c_str(), extra...);
     std::string& call = calls_[name];
-    if (!call.empty()) call += " or ";
-    call += parameters ? std::string(name) + "(" + parameters + ")" : std::string(text, std::strchr(text, ':'));
+    const bool isOverload = std::string(text).find(name + '(') == 0;
+    call += (call.empty() ? "" : " or ") +
+            (isOverload ? std::string(text, std::strchr(text, ':')) : name + '(' + all + ')');
   }
 
   /// Adds what pybind11 calls when the arguments fit no function: it raises an exception with one line.
@@ -303,26 +228,9 @@ class Operations : public py::class_<Robot, Self> {
     }
   }
 
- private:
-  template <typename Result, typename... Arguments, typename Operation>
-  void add(const char* name, const char* parameters, Operation operation, const char* text, const Indexed& of) {
-    const auto function = [=](const Self& robot, Any<Arguments>... values) {
-      System& system = systemOf(robot);
-      auto arguments = std::tuple{fromPython<Arguments>(system, of, values)...};
-      return std::apply(
-          [&](auto&... checked) {
-            if constexpr (std::is_void_v<Result>) {
-              (system.*operation)(checked...);
-              robot->refreshMatrices();
-            } else {
-              return toPython<Result>(robot, (system.*operation)(checked...));
-            }
-          },
-          arguments);
-    };
-    add(name, parameters, function, text);
-  }
+  std::shared_ptr<Evaluate> evaluate = std::make_shared<Evaluate>();
 
+ private:
   std::map<std::string, std::string> calls_;  ///< how an operation is called, by its name
 };
 
@@ -341,12 +249,28 @@ which are int64.
 Units are SI. Velocities, accelerations and wrenches are six numbers: linear, then angular. A pose is a 4 x 4 matrix
 that maps coordinates in the body's frame to the reference frame.)";
 
+const char* const evaluateText =
+    R"(Evaluates N states: sets the inputs, runs the computations that the outputs need, and returns a dict of the outputs.
+
+`inputs` maps setters to arrays whose first index is the state, `outputs` is a list of getters. Both are names, or tuples
+of a name and the body or joint: {"setJointAnglesPos": q, ("setExternalWrench", "Torso"): w}. The object is not changed.
+`threads` is how many threads to use, by default one for each core.)";
+
 void addOperations(Operations& robot) {
   using Index = std::size_t;
 
-  robot.add(
-      "clone", "", [](const Self& self) { return systemOf(self), clone(*self); },
-      "A new object with the same inputs and results; views stay with the old one.");
+  robot.addFunction("clone", "", "A new object with the same inputs and results; views stay with the old one.", &clone);
+  robot.addFunction("__copy__", "", "clone()", &clone);
+  robot.addFunction("__deepcopy__", "memo", "clone()", [](const Robot& self, py::handle) { return clone(self); });
+  robot.addFunction("__reduce__", "", "Raises TypeError.", [](const Robot&) -> py::object {
+    throw py::type_error("a RigidBodySystem cannot be pickled: pickle its Plugin and its inputs");
+  });
+  robot.addFunction("__repr__", "", "The plug-in, the position of the root and the joint angles.", &describe);
+  const auto names = [](const Indexed& of) {
+    return [&of](const Robot& self) { return py::tuple(py::cast(namesOf(*self.system, of))); };
+  };
+  robot.def_property_readonly("body_names", names(body), "The names of all bodies.");
+  robot.def_property_readonly("joint_names", names(joint), "The names of all joint angles.");
 
   robot.op("getName", "", &System::getName, "Always the empty string.");
   robot.op("getNbJointAngles", "", &System::getNbJointAngles, "How many joint angles there are: 15.");
@@ -362,12 +286,12 @@ void addOperations(Operations& robot) {
            "Replaces the mass properties of a body FOR ALL OBJECTS OF THE PROCESS: mass (kg), centre of mass (m, body\n"
            "frame), and the 3 x 3 rotational inertia about it (kg m^2, body axes), of which the upper triangle is not "
            "read.");
-  robot.op("getMass", nullptr, py::overload_cast<>(&System::getMass, py::const_), "getMass(): total mass (kg).");
+  robot.op("getMass", "body=...", py::overload_cast<>(&System::getMass, py::const_), "getMass(): total mass (kg).");
   robot.op("getPartialMass", "body", &System::getPartialMass, "Mass of all bodies but one (kg).");
   robot.op("getMass", nullptr, py::overload_cast<Index>(&System::getMass, py::const_),
            "getMass(body): mass of one body (kg).");
 
-  robot.op("setRootPose", "pose", &System::setRootPose, "Pose of the root in the world.");
+  robot.add<void, RootPose>("setRootPose", "pose", &System::setRootPose, "Pose of the root in the world.");
   robot.op("getRootPose", "", &System::getRootPose, "Pose of the root in the world, the same as getPose(0). View.");
   robot.op("setRootVelocity", "velocity", &System::setRootVelocity,
            "Velocity of the root's origin (m/s) and angular velocity (rad/s), in the root's axes.");
@@ -390,7 +314,8 @@ void addOperations(Operations& robot) {
   robot.op("getJointAnglesAcc", "", &System::getJointAnglesAcc, "All 15 accelerations (rad/s^2). View.");
 
   robot.op(
-      "setExternalWrench", nullptr, py::overload_cast<Index, const std::vector<float>&>(&System::setExternalWrench),
+      "setExternalWrench", "body, wrench, frame=...",
+      py::overload_cast<Index, const std::vector<float>&>(&System::setExternalWrench),
       "setExternalWrench(body, wrench): force (N), then torque (N m) on a body, in its frame about its origin. Acts\n"
       "until set again.");
   robot.op(
@@ -408,14 +333,12 @@ void addOperations(Operations& robot) {
            "computeFwdKinematicsExceptRoot(), then computeFwdKinematicsOnlyRoot().");
   robot.op("computeGeneralizedMass", "", &System::computeGeneralizedMass,
            "The mass matrix at the configuration of the last forward kinematics or inverse dynamics.");
-  robot.add(
+  robot.add<Eigen::Matrix<float, 3, Eigen::Dynamic>, Index>(
       "computePartialComJacobian", "body",
-      [](const Self& self, py::handle of) {
+      [](System& system, Index of) {
         Eigen::Matrix<float, 3, Eigen::Dynamic> J;
-        System& system = systemOf(self);
-        system.computePartialComJacobian(toIndex(system, body, of), J);
-        const py::ssize_t size = sizeof(float);
-        return py::array(py::dtype::of<float>(), {J.rows(), J.cols()}, {size, 3 * size}, J.data());
+        system.computePartialComJacobian(of, J);
+        return J;
       },
       "3 x 21: mass times Jacobian of the centre of mass of all bodies but one, in world axes.");
   robot.op(
@@ -431,7 +354,7 @@ void addOperations(Operations& robot) {
            frame);
   robot.op("setVolatilePose", "frame, pose", &System::setVolatilePose, "Sets the pose that getVolatilePose() returns.",
            frame);
-  robot.op("getComPosition", nullptr, py::overload_cast<Index>(&System::getComPosition, py::const_),
+  robot.op("getComPosition", "body=...", py::overload_cast<Index>(&System::getComPosition, py::const_),
            "getComPosition(body): centre of mass of one body in the world (m).");
   robot.op("getComPositionInRoot", "", &System::getComPositionInRoot,
            "Centre of mass of the robot in the root's frame (m). View.");
@@ -452,38 +375,66 @@ void addOperations(Operations& robot) {
            "The joint torques that give the set accelerations at the set positions, velocities and wrenches.");
   robot.op("getJointAngleTorque", "joint", &System::getJointAngleTorque, "Torque of one joint (N m).", joint);
   robot.op("getJointAnglesTorque", "", &System::getJointAnglesTorque, "Torques of all 15 joints (N m). View.");
+
+  robot.addFunction(
+      "evaluate", "inputs, outputs, threads=None", evaluateText,
+      [evaluate = robot.evaluate](const Robot& self, const py::dict& inputs, const py::object& outputs,
+                                  const py::object& threads) {
+        return (*evaluate)(*self.system, inputs, outputs, threads);
+      },
+      py::arg("inputs"), py::arg("outputs"), py::arg("threads") = py::none());
 }
 
 }  // namespace
 
-PYBIND11_MODULE(_lumo, module) {
-  module.attr("__name__") = "lumo";  // the package, by which Python shows the classes
-  py::dtype::of<float>();            // Makes pybind11 load NumPy now. Two threads that did it later would deadlock.
+PYBIND11_MODULE(lumo, module) {
+  py::dtype::of<float>();  // Makes pybind11 load NumPy now. Two threads that did it later would deadlock.
   py::options options;
   options.disable_function_signatures();
 
-  py::class_<Plugin, std::shared_ptr<Plugin>>(module, "Plugin", py::is_final(),
-                                              "A loaded plug-in. It stays loaded until its last object is deleted.")
+  py::class_<File> plugin(module, "Plugin", py::is_final(),
+                          "A loaded plug-in. It stays loaded until its last object is deleted.");
+  plugin
       .def(py::init(&load), py::arg("file") = py::none(),
-           "__init__($self, file=None)\n--\n\n"
+           "__init__(self, file=None)\n--\n\n"
            "Loads the file, by default the plug-in of the same build or installation. Raises RuntimeError.")
+      .def("create", &create, "create(self, /)\n--\n\nA new RigidBodySystem.")
       .def(
-          "create",
-          [](const std::shared_ptr<Plugin>& plugin) {
-            if (plugin == nullptr) throw py::type_error("expected a Plugin, got None");
-            return create(*plugin);
+          "__reduce__",
+          [](const File& file) {
+            const py::object path = py::module_::import("os").attr("fsdecode")(py::bytes(file.path.string()));
+            return py::make_tuple(py::type::of<File>(), file.isOwn ? py::tuple() : py::make_tuple(path));
           },
-          "create($self, /)\n--\n\nA new RigidBodySystem.")
-      .def(py::init([](const py::args&, const py::kwargs&) -> std::shared_ptr<Plugin> {
+          "__reduce__(self, /)\n--\n\nA Plugin is pickled as its file, the default plug-in as the default.")
+      .def(py::init([](const py::args&, const py::kwargs&) -> File {
         throw py::type_error("expected Plugin() or Plugin(file), got other arguments");
-      }))
-      .def("create", [](const py::args&, const py::kwargs&) {
-        throw py::type_error("expected create() of a Plugin, got other arguments");
-      });
+      }));
+  for (const char* name : {"create", "__reduce__"}) {
+    plugin.def(name, [name](const py::args&, const py::kwargs&) {
+      throw py::type_error("expected " + std::string(name) + "() of a Plugin, got other arguments");
+    });
+  }
 
   module.attr("__version__") = LUMO_VERSION;
 
   Operations robot(module, "RigidBodySystem", py::is_final(), systemText);
   addOperations(robot);
   robot.addRefusals();
+
+  // pybind11 would end the process if somebody made an object of the base class of its classes.
+  reinterpret_cast<PyTypeObject*>(py::object(plugin.attr("__base__")).ptr())->tp_new = [](PyTypeObject* type, PyObject*,
+                                                                                          PyObject*) -> PyObject* {
+    PyErr_Format(PyExc_TypeError, "cannot create '%s' objects", type->tp_name);
+    return nullptr;
+  };
+  stopEvaluationsAtExit();
+}
+
+}  // namespace lumo::python
+
+/// What Python calls to import the module. In a sub-interpreter, pybind11 would wait for ever.
+extern "C" PYBIND11_EXPORT PyObject* PyInit__lumo() {
+  if (PyInterpreterState_Get() == PyInterpreterState_Main()) return lumo::python::PyInit_lumo();
+  PyErr_SetString(PyExc_ImportError, "lumo can only be imported in the main interpreter");
+  return nullptr;
 }

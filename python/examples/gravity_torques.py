@@ -6,6 +6,7 @@ from support import lumo
 
 import matplotlib.pyplot as plt
 import numpy as np
+from matplotlib.colors import TwoSlopeNorm
 from matplotlib.ticker import MaxNLocator
 
 
@@ -54,15 +55,21 @@ def draw_maps(robot, joints, ranges, torques, file):
     figure, maps = plt.subplots(1, 2, figsize=(11, 4.4), layout="constrained")
     for axes, joint in zip(maps, joints):
         torque = torques[..., robot.getJointAngleId(joint)].T
-        largest = max(1e-3, np.abs(torque).max())
-        levels = MaxNLocator(10).tick_values(-largest, largest)
-        fill = np.linspace(levels[0], levels[-1], 2 * len(levels) - 1)
-        colours = axes.contourf(*ranges, torque, fill, cmap="RdBu_r", vmin=-1.7 * largest, vmax=1.7 * largest)
-        lines = [level for level in levels if torque.min() < level < torque.max()]
-        if lines:
-            axes.contour(*ranges, torque, lines, colors=support.INK, linewidths=0.6)
-        figure.colorbar(colours, ax=axes, ticks=levels, label="N m")
-        axes.set(title=f"{joint}: torque at rest", xlabel=f"{joints[0]} (rad)", ylabel=f"{joints[1]} (rad)")
+        locator = MaxNLocator(12, steps=[1, 2, 5, 10])
+        levels = locator.tick_values(min(torque.min(), -1e-3), max(torque.max(), 1e-3))
+        norm = TwoSlopeNorm(0, levels[0], levels[-1])  # each sign has all shades of its colour
+        bands = axes.contourf(*ranges, torque, levels, cmap="RdBu_r", norm=norm)
+        inside = levels[(torque.min() < levels) & (levels < torque.max())]
+        if len(inside):
+            axes.contour(*ranges, torque, inside, colors=support.INK, linewidths=0.6, linestyles="solid")
+        # Each contour has its label where it crosses the diagonal of the map.
+        diagonal = np.linspace([angles[0] for angles in ranges], [angles[-1] for angles in ranges], 1000)
+        along = np.interp(np.linspace(0, 1, 1000), np.linspace(0, 1, len(torque)), np.diag(torque))
+        for i, k in np.argwhere(np.diff(along > inside[:, None])):
+            axes.text(*diagonal[k], f"{inside[i]:g}", fontsize=8, ha="center", va="center",
+                      bbox={"facecolor": "white", "linewidth": 0, "pad": 1})
+        figure.colorbar(bands, ax=axes, ticks=levels)
+        axes.set(title=f"Torque of {joint} at rest (N m)", xlabel=f"{joints[0]} (rad)", ylabel=f"{joints[1]} (rad)")
         axes.grid(False)
     support.save(figure, file)
 
@@ -75,7 +82,7 @@ def main():
     parser.add_argument("--base", default="KneePitch", metavar="BODY",
                         help="the body that is fixed and carries the weight: the robot stands on KneePitch, which is "
                              "the default, or hangs from Torso")
-    parser.add_argument("--svg", default="gravity_torques.svg", metavar="FILE",
+    parser.add_argument("--svg", type=support.svg_file, default="gravity_torques.svg", metavar="FILE",
                         help="the picture; the default is gravity_torques.svg")
     options = parser.parse_args()
     joints = [name for name, _ in options.sweep]
@@ -84,7 +91,7 @@ def main():
 
     robot = lumo.Plugin().create()
     support.set_pose(robot, options)
-    points = 200 if len(joints) == 1 else 40
+    points = 200 if len(joints) == 1 else 25
     ranges = [np.linspace(*ends, points + 1) for _, ends in options.sweep]
     torques = sweep(robot, options.base, joints, ranges)
 

@@ -1,7 +1,10 @@
 """What the examples share: options, error messages, rotations, colours and pictures."""
 
 import argparse
+import io
+import os
 import pathlib
+import re
 import sys
 
 BUILT = pathlib.Path(__file__).resolve().parents[2] / "build/release/python"
@@ -19,46 +22,55 @@ TORSO, LIMBS = "#4a5261", ["#7a5ba8", "#12907c", "#3f6fb0", "#d9772b"]
 matplotlib.use("svg")
 matplotlib.rcParams.update({
     "svg.hashsalt": "lumo",  # makes the file reproducible
-    "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left", "axes.titlecolor": INK, "axes.labelcolor": INK,
+    "svg.fonttype": "none", "path.simplify_threshold": 0.2,  # keep the file small
+    "font.sans-serif": ["DejaVu Sans", "Verdana"], "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left",
+    "axes.titlecolor": INK, "axes.labelcolor": INK,
     "axes.edgecolor": FAINT, "axes.spines.top": False, "axes.spines.right": False, "text.color": INK,
     "xtick.color": INK, "ytick.color": INK, "axes.grid": True, "grid.color": PANEL, "grid.linewidth": 0.6,
-    "lines.linewidth": 1.4, "lines.solid_capstyle": "round",
+    "lines.linewidth": 1.4, "lines.solid_capstyle": "butt",
 })
 
 
 class Parser(argparse.ArgumentParser):
     """Reports bad input with one line."""
 
+    def __init__(self, **arguments):
+        super().__init__(**arguments)
+        self._negative_number_matcher = re.compile(r"-\.?\d")  # -1,0,0 is a value, not an option
+
     def error(self, message):
         self.exit(2, f"{self.prog}: {message}\n")
 
 
 def run(main):
-    """Runs a program. An error is reported with one line and a non-zero exit code."""
+    """Runs a program. An error or Ctrl-C is reported with one line and a non-zero exit code."""
+    program = pathlib.Path(sys.argv[0]).name
     try:
         with np.errstate(all="ignore"):
             main()
-    except (KeyError, OSError, RuntimeError, ValueError) as error:
-        sys.exit(f"{sys.argv[0].rsplit('/', 1)[-1]}: {error.args[0] if isinstance(error, KeyError) else error}")
+    except KeyboardInterrupt:
+        sys.exit(f"{program}: interrupted")
+    except (KeyError, ModuleNotFoundError, OSError, RuntimeError, ValueError) as error:
+        sys.exit(f"{program}: {error.args[0] if isinstance(error, KeyError) else error}")
 
 
-def numbers(count, least=-1e6, place=""):
+def numbers(count, least=-1e6, most=1e6, place=""):
     """The type of an option whose value is a list of numbers, separated by commas."""
     def read(text):
         try:
             values = np.array([float(word) for word in text.split(",")])
         except ValueError:
             values = np.empty(0)
-        if len(values) != count or not ((least <= values) & (values <= 1e6)).all():
+        if len(values) != count or not ((least <= values) & (values <= most)).all():
             what = "one number" if count == 1 else f"{count} numbers"
-            raise argparse.ArgumentTypeError(f"expected {what} from {least:g} to 1e+06{place}, got {text!r}")
+            raise argparse.ArgumentTypeError(f"expected {what} from {least:g} to {most:g}{place}, got {text!r}")
         return values
     return read
 
 
-def number(least):
+def number(least, most=1e6):
     """The type of an option whose value is one number."""
-    return lambda text: numbers(1, least)(text)[0]
+    return lambda text: numbers(1, least, most)(text)[0]
 
 
 def assignment(count):
@@ -74,6 +86,14 @@ def add_pose_options(parser):
                         help="the root's pose in the world (m, rad); the default is zero")
     parser.add_argument("--joint", type=assignment(1), action="append", default=[], metavar="NAME=RAD",
                         help="a joint angle; may be repeated")
+
+
+def svg_file(name):
+    """The type of the option for the picture. Bad names are refused before the computation."""
+    folder = os.path.dirname(name) or "."
+    if not name.endswith(".svg") or not os.access(name if os.path.exists(name) else folder, os.W_OK):
+        raise argparse.ArgumentTypeError(f"expected a file that can be written and ends in .svg, got {name!r}")
+    return name
 
 
 def set_pose(robot, options):
@@ -115,22 +135,25 @@ def body_colours(robot):
 
 
 def label_lines(axes, x, lines):
-    """Writes the names of lines beside their right ends, without overlaps. `lines` has a name, the height at x and a
-    colour for each line."""
-    low, high = axes.get_ylim()
-    gap = (high - low) * 0.155 / (axes.get_position().height * axes.figure.get_figheight())
-    lines = sorted(lines, key=lambda line: line[1])
-    heights = np.array([line[1] for line in lines])
-    for _ in range(1000):  # neighbours that overlap push each other apart
-        overlap = np.maximum(0, gap - np.diff(heights)) / 2
-        heights[:-1] -= overlap
-        heights[1:] += overlap
-    for (name, end, colour), height in zip(lines, heights):
+    """Writes the names of lines beside their right ends, each above the one below. `lines` has a name, the height at x
+    and a colour for each line."""
+    gap = np.ptp(axes.get_ylim()) * 0.155 / (axes.get_position().height * axes.figure.get_figheight())
+    height = -np.inf
+    for name, end, colour in sorted(lines, key=lambda line: line[1]):
+        height = max(end, height + gap)
         line = {"arrowstyle": "-", "color": FAINT, "linewidth": 0.5, "relpos": (0, 0.5), "shrinkA": 0, "shrinkB": 2}
         axes.annotate(name, (x, end), (1.06, height), textcoords=("axes fraction", "data"), color=colour, fontsize=8,
                       va="center", annotation_clip=False, arrowprops=line)
 
 
 def save(figure, file):
-    figure.savefig(file, format="svg", metadata={"Date": None, "Creator": None})
+    """Writes a small file: no clipping, indentation or names of groups, and coordinates with one decimal."""
+    for artist in figure.findobj():
+        artist.set_clip_on(False)
+    svg = io.StringIO()
+    figure.savefig(svg, format="svg", metadata=dict.fromkeys(["Creator", "Date", "Format", "Type"]))
+    text = re.sub(r'(?<=\n) +| (?=\n)|(?<=<g) id="[^"]*"| transform="rotate\(-0 .*?\)"', "", svg.getvalue())
+    text = re.sub(r' (d|x|y)="[^"]*"', lambda part: re.sub(r"(\.\d)\d+", r"\1", part[0]), text)
+    text = re.sub(r' d="[^"C]*"', lambda path: path[0].replace("\nL ", "\n"), text)  # a line follows a line
+    pathlib.Path(file).write_text(text, encoding="utf-8")
     print(f"wrote {file}")
