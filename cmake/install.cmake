@@ -2,7 +2,7 @@
 include(CMakePackageConfigHelpers)
 
 install(TARGETS lumo_norvaX3 LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/lumo)
-install(TARGETS lumo-inspect lumo-digest)
+install(TARGETS lumo-inspect lumo-digest lumo-urdf)
 install(FILES service/RigidBodySystem.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lumo/service)
 install(FILES host/Plugin.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lumo/host)
 install(FILES ${LUMO_MAN_PAGES} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)

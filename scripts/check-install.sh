@@ -19,8 +19,10 @@ use() {
   step="looking for the man pages of $tree"
   grep -q 'wrench' "$tree/share/man/man1/lumo-inspect.1"
   grep -q 'states' "$tree/share/man/man1/lumo-digest.1"
+  grep -q 'floating' "$tree/share/man/man1/lumo-urdf.1"
   step="comparing the results of $tree"
   diff <("$tree/bin/lumo-digest" --states 100) <(build/release/bin/lumo-digest --states 100)
+  diff <("$tree/bin/lumo-urdf") <(build/release/bin/lumo-urdf)
   step="using the Python module of $tree"
   # Debian's Python searches below a prefix in the folders that getsitepackages() returns.
   PYTHONPATH=$(/usr/bin/python3 -c 'import site, sys; print(*site.getsitepackages(sys.argv[1:]), sep=":")' "$tree") \

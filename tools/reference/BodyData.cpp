@@ -19,6 +19,8 @@ std::vector<BodyData> readBodies() {
   return bodies;
 }
 
+Eigen::Matrix3d nearestRotation(const Eigen::Matrix3d& R) { return 1.5 * R - 0.5 * R * R.transpose() * R; }
+
 Eigen::Matrix3d rotationalInertia(const kinetra::Spatial::Inertia& inertia) {
   const auto& I = inertia.I;  // the lower triangle, row by row
   return (Eigen::Matrix3f() << I[0], I[1], I[3], I[1], I[2], I[4], I[3], I[4], I[5]).finished().cast<double>();

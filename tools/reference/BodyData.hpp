@@ -25,6 +25,9 @@ struct BodyData {
 /// children.
 std::vector<BodyData> readBodies();
 
+/// Returns the rotation that is nearest to a matrix that is almost a rotation.
+Eigen::Matrix3d nearestRotation(const Eigen::Matrix3d& R);
+
 /// Returns the rotational inertia about the frame's origin as a full matrix (kg m^2).
 Eigen::Matrix3d rotationalInertia(const kinetra::Spatial::Inertia& inertia);
 

@@ -18,9 +18,6 @@ Matrix3d closed(Matrix3d R) {
   return R;
 }
 
-/// Returns the rotation that is nearest to a matrix that is almost a rotation.
-Matrix3d rigid(const Matrix3d& R) { return 1.5 * R - 0.5 * R * R.transpose() * R; }
-
 WithMagnitude pose(const Matrix3d& R, const Vector3d& p, double reach) {
   WithMagnitude result{Eigen::MatrixXd(3, 4), Eigen::MatrixXd::Ones(3, 4)};
   result.value << R, p;
@@ -61,7 +58,7 @@ Robot::Robot(const Vector21f& q_, const Vector21f& dq_, const Vector21f& ddq_, c
       const Body& parent = bodies_[data.parent];
       b = parent;
       b.R_root = closed(parent.R_root * data.R * turn(q[d], z));
-      b.R = R0 * rigid(b.R_root);
+      b.R = R0 * nearestRotation(b.R_root);
       b.p_root += parent.R_root * data.r;
       b.chain += data.r.norm();
       const Vector3d axis = b.R.col(2), link = parent.R * data.r;
