@@ -1,102 +1,73 @@
-// bench_peers: times the operations of bench_passes in other dynamics libraries, with the same robot and the same
-// states. If the masses or torques of a library differ from those of the plug-in, the program stops.
+// bench_peers: times the operations of bench_passes in other dynamics libraries, with the robot that lumo-urdf prints
+// and the same states. Before that, it compares their results with those of the plug-in's implementation, and it stops
+// if they disagree. With the only option --check it just compares.
 //
 // The program links the model, so it must not load the plug-in.
 
 #include <algorithm>
-#include <cmath>
-#include <exception>
-#include <memory>
 #include <stdexcept>
+#include <string>
+#include <string_view>
 
 #include <fmt/format.h>
 
-#include <benchmarks/Peer.hpp>
+#include <benchmarks/MuJoCo.hpp>
+#include <benchmarks/OrocosKdl.hpp>
 #include <benchmarks/addRow.hpp>
 #include <models/norvaX3/norvaX3.hpp>
 #include <service/KinetraRigidBodySystem.hpp>
+#include <tools/program.hpp>
 #include <tools/toFloats.hpp>
 
 namespace {
 
-using lumo::RandomState;
-
-/// The state without any motion.
-RandomState atRest(RandomState x) {
-  x.dq = 0.0F;
-  x.ddq = 0.0F;
-  return x;
-}
-/// The state with the root at rest at the world's origin.
-RandomState withFixedRoot(RandomState x) {
-  x.q.head<6>() = 0.0F;
-  x.dq.head<6>() = 0.0F;
-  x.ddq.head<6>() = 0.0F;
-  return x;
-}
-
-/// Compares a peer with the plug-in's implementation. The unit of a difference is a float epsilon times the largest
-/// entry of the quantity.
-class Agreement {
- public:
-  explicit Agreement(lumo::Peer& theirs) : peer_(theirs.name()) {
-    lumo::KinetraRigidBodySystem<kinetra::norvaX3> ours;
-    compare("mass", Eigen::VectorXd::Constant(1, static_cast<double>(ours.getMass())),
-            Eigen::VectorXd::Constant(1, theirs.mass()));
-    for (const RandomState& original : lumo::states()) {
-      const RandomState x = theirs.floats() ? original : withFixedRoot(original);
-      x.set(ours);
-      ours.computeFwdKinematics();
-      compare("centre of mass", lumo::toMatrix(ours.getComPosition()).cast<double>(), theirs.com(x));
-      for (const RandomState& y : {atRest(x), x}) {
-        y.set(ours);
-        ours.computeInverseDynamics();
-        compare(y.dq.isZero() ? "gravity torque" : "torque", lumo::toMatrix(ours.getJointAnglesTorque()).cast<double>(),
-                theirs.torques(y));
-      }
+/// Compares a library with the plug-in's implementation in all states. Returns the largest difference in float epsilons
+/// of the largest entry of the quantity. Throws std::runtime_error if it is more than 16.
+template <class Peer>
+double compare(Peer& peer) {
+  double worst = 0.0;
+  lumo::KinetraRigidBodySystem<kinetra::norvaX3> system;
+  for (lumo::RandomState x : lumo::states()) {
+    if (!Peer::floats) x.q.head<6>() = x.dq.head<6>() = x.ddq.head<6>() = 0.0F;  // the root is at the world's origin
+    x.set(system);
+    x.setWrenches(system);
+    system.computeFwdKinematics();
+    system.computeGeneralizedMass();
+    system.computeInverseDynamics();
+    const int rows = Peer::floats ? 21 : 15;
+    const Eigen::MatrixXf ours[] = {
+        Eigen::MatrixXf::Constant(1, 1, system.getMass()), lumo::toMatrix(system.getComPosition()),
+        system.getGeneralizedMass().bottomRightCorner(rows, rows), lumo::toMatrix(system.getJointAnglesTorque())};
+    const char* names[] = {"mass", "centre of mass", "mass matrix", "vector of torques"};
+    const auto theirs = peer.results(x);
+    for (std::size_t i = 0; i < 4; ++i) {
+      const double unit = 0x1p-23 * theirs[i].cwiseAbs().maxCoeff();
+      const Eigen::ArrayXXd differences = (ours[i].cast<double>() - theirs[i]).array().abs() / unit;
+      worst = std::max(worst, differences.maxCoeff());
+      if ((differences <= 16.0).all()) continue;
+      throw std::runtime_error(
+          fmt::format("the {} of {} differs by {:.0f} float epsilons", names[i], Peer::name, worst));
     }
   }
+  return worst;
+}
 
-  double worst() const { return worst_; }
-
- private:
-  static constexpr double epsilon = 0x1p-23;
-  static constexpr double tolerance = 16.0;  // the largest difference found is 5
-
-  void compare(const char* what, const Eigen::VectorXd& ours, const Eigen::VectorXd& theirs) {
-    const double size = theirs.lpNorm<Eigen::Infinity>();
-    for (Eigen::Index i = 0; i < ours.size(); ++i) {
-      const double difference = std::abs(ours[i] - theirs[i]) / (epsilon * size);
-      if (!(difference <= tolerance)) {
-        throw std::runtime_error(
-            fmt::format("{} disagrees: its {}, element {}, is {}, ours is {}", peer_, what, i, theirs[i], ours[i]));
-      }
-      worst_ = std::max(worst_, difference);
-    }
-  }
-
-  std::string peer_;
-  double worst_ = 0.0;
-};
-
-int run(int argc, char** argv) {
-  const std::unique_ptr<lumo::Peer> peers[] = {lumo::makeMuJoCo(), lumo::makeOrocosKdl()};
-  for (const auto& peer : peers) {
-    const Agreement agreement(*peer);
-    benchmark::AddCustomContext(
-        peer->name(), fmt::format("{}, agrees within {:.0f} float epsilons", peer->version(), agreement.worst()));
-    peer->addRows();
-  }
-  return lumo::runRows(argc, argv);
+template <class Peer>
+void addPeer() {
+  static Peer peer(LUMO_URDF);
+  const std::string found = fmt::format("{}, agrees within {:.0f} float epsilons", Peer::version(), compare(peer));
+  fmt::print(stderr, "{} {}\n", Peer::name, found);
+  benchmark::AddCustomContext(Peer::name, found);
+  peer.addRows();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  try {
-    return run(argc, argv);
-  } catch (const std::exception& error) {
-    fmt::print(stderr, "bench_peers: {}\n", error.what());
-    return 1;
-  }
+  return lumo::runProgram("bench_peers", [&] {
+    addPeer<lumo::MuJoCo>();
+    addPeer<lumo::OrocosKdl>();
+    const bool checkOnly = argc == 2 && std::string_view(argv[1]) == "--check";
+    if (!checkOnly && lumo::runRows(argc, argv) != 0) throw std::runtime_error("wrong options");
+  });
 }
