@@ -25,7 +25,7 @@ using Spatial::TransformT;
 
 /// Working state of a node's body.
 struct Body {
-  TransformT<RotationMatrix> iX0;  ///< contract; no pass uses it
+  TransformT<RotationMatrix> iX0;  ///< see "The contract" in CONTRIBUTING.md
   Motion vi;                       ///< velocity (inverse dynamics)
   Motion ai;                       ///< acceleration, gravity included (inverse dynamics)
   Inertia Iic;                     ///< composite inertia of the subtree (mass matrix)

@@ -50,7 +50,7 @@ static_assert(std::is_trivially_copyable_v<FloatView> && sizeof(FloatView) == 2 
 /// calls another one. All objects share the masses: while setBodyInertia or `create` runs, no other operation may run
 /// on any object.
 ///
-/// The order of the declarations is part of the contract with hosts.
+/// Compiled hosts depend on the order of the declarations.
 class RigidBodySystem {
  public:
   virtual ~RigidBodySystem() = default;

@@ -20,11 +20,10 @@ struct FreeFlyerBodyJoint {
   struct Position {
     simd::Vector3 xyz;
     std::array<SinCos, 3> angles;
-
-    Position(simd::Vector3 xyz_, const std::array<SinCos, 3>& angles_) : xyz(xyz_), angles(angles_) {}
-    explicit Position(const Coordinates& q)
-        : Position(simd::Vector3::load(q.data()), Spatial::sinCos<3>(q.data() + first_angle)) {}
   };
+  static Position position(const Coordinates& q) {
+    return {simd::Vector3::load(q.data()), Spatial::sinCos<3>(q.data() + first_angle)};
+  }
 
   TransformT<Rotation> Xj;     ///< parent-side frame to child-side frame
   Motion cj = Motion::zero();  ///< velocity-product acceleration: none
@@ -33,9 +32,9 @@ struct FreeFlyerBodyJoint {
   Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
   /// Sets Xj from the positions and vj from the velocities.
-  void jcalc(const Coordinates& q, const Coordinates& dq) { jcalc(Position(q), dq); }
+  void jcalc(const Coordinates& q, const Coordinates& dq) { jcalc(position(q), dq); }
   /// Sets Xj from the positions alone.
-  void jcalc_pos(const Coordinates& q) { jcalc_pos(Position(q)); }
+  void jcalc_pos(const Coordinates& q) { jcalc_pos(position(q)); }
 
   /// The same with the sines and cosines at hand. Returns Xj.
   simd::TransformT<simd::RotationMatrix> jcalc(const Position& q, const Coordinates& dq) {
@@ -43,7 +42,7 @@ struct FreeFlyerBodyJoint {
     return jcalc_pos(q);
   }
   simd::TransformT<simd::RotationMatrix> jcalc_pos(const Position& q) {
-    // The order of the products is part of the contract: it decides the bits.
+    // The order of the products decides the bits of the result.
     const auto [s3, c3] = q.angles[0];
     const auto [s4, c4] = q.angles[1];
     const auto [s5, c5] = q.angles[2];

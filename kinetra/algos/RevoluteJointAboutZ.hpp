@@ -11,6 +11,7 @@ struct RevoluteJointAboutZ {
   static constexpr int dof_number = Spatial::ConstraintMotionAboutZ::dof_number;
   using Rotation = RotationMatrixAboutZ;
   using Position = SinCos;  ///< what Xj is computed from: sine and cosine of the angle
+  static Position position(float q) { return Position(q); }
 
   TransformT<Rotation> Xj;     ///< parent-side frame to child-side frame
   Motion cj = Motion::zero();  ///< velocity-product acceleration: none
@@ -19,9 +20,9 @@ struct RevoluteJointAboutZ {
   Force f;  ///< force across the joint on the body, in its frame (inverse dynamics)
 
   /// Sets Xj from the position (rad) and vj from the velocity (rad/s).
-  void jcalc(float q, float dq) { jcalc(Position(q), dq); }
+  void jcalc(float q, float dq) { jcalc(position(q), dq); }
   /// Sets Xj from the position alone.
-  void jcalc_pos(float q) { jcalc_pos(Position(q)); }
+  void jcalc_pos(float q) { jcalc_pos(position(q)); }
 
   /// The same with the sine and the cosine at hand. Returns Xj.
   simd::TransformT<simd::RotationMatrixAboutZ> jcalc(Position q, float dq) {

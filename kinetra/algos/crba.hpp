@@ -70,13 +70,13 @@ void runCrba(Robot& robot, const Eigen::Ref<Eigen::MatrixXf>& blocks, const Args
 
 }  // namespace internal
 
-/// runs_jcalc: whether this pass runs the joint pass itself.
+/// runs_jcalc is always false: see "The contract" in CONTRIBUTING.md.
 template <typename Robot, bool runs_jcalc>
 struct crba;
 
 template <typename Robot>
 struct crba<Robot, false> {
-  using MassMatrix = internal::MassMatrix<Robot::nb_dof>;
+  using MassMatrix = internal::MassMatrix<Robot::nb_dof>;  ///< the H of the hooks
 
   template <typename Robot_, int i>
   struct DftVisitor {
@@ -97,6 +97,7 @@ struct crba<Robot, false> {
       }
     }
 
+    /// Steps 4 and 5 from node j to its parent a.
     template <typename R, int a, int j>
     struct BwdtVisitor {
       static void discover(R& robot, MassMatrix& H) {

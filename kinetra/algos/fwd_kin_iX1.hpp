@@ -17,7 +17,7 @@ namespace kinetra {
 namespace internal {
 
 /// The unit turn about a body's z axis, carried to the root's frame by X, the body's iX1: the axis, and E'(a x z) with
-/// a = E r, which is r x axis. This order of evaluation is part of the result.
+/// a = E r, which is r x axis. The order of evaluation decides the bits of the result.
 inline simd::Motion turnAboutZ(const simd::TransformT<simd::RotationMatrix>& X) {
   const auto [x, y, z] = X.E.transpose();
   const simd::Vector3 a = X.E.apply(X.r);

@@ -29,7 +29,7 @@ auto coordinates(const Vector& v) {
 /// What the joint of a node computes its Xj from.
 template <typename Node, typename Vector>
 auto position(const Vector& q) {
-  return typename Node::joint_type::Position(coordinates<Node>(q));
+  return Node::joint_type::position(coordinates<Node>(q));
 }
 template <typename Node, typename Robot>
 auto position(const Positions<Robot>& q) {

@@ -8,18 +8,15 @@
 //
 // Reads sXp, S, vj and cj of every node, as the last joint pass with velocities left them, the table of inertias and
 // minus_g. Writes vi, ai and f of every node and all of torques. With p the parent of node i:
-//   discover: 1. v_i = iX_p v_p + vj
-//             2. a_i = iX_p a_p + S_i ddq_i + cj + v_i x vj        the world: v = 0, a = minus_g
-//             3. f_i = I_i a_i + v_i x* I_i v_i - fext_i           fext_i in the body's frame already
-//   finish:   4. torques_i = S_i'f_i
-//             5. f_p += pX*_i f_i
+//   discover: 1. vi = iXp vp + vj
+//             2. ai = iXp ap + S ddq_i + cj + vi x vj        the world: vp = 0, ap = minus_g
+//             3. f = I ai + vi x* I vi - fext                fext in the body's frame already
+//   finish:   4. torques_i = S'f
+//             5. fp += pX*_i f
 
 namespace kinetra {
 
 namespace internal {
-
-// Nodes of the same types share these two functions, because the code of a pass must fit the processor's instruction
-// cache. The parent of the root is null.
 
 /// The body of node p of a robot; null for the world.
 template <int p, typename Robot>
@@ -31,7 +28,10 @@ const Body* bodyOf(const Robot& robot) {
   }
 }
 
-/// Lines 1 to 3; lines 1 and 2 if fext is null.
+// Nodes of the same types share these two functions, because the code of a pass must fit the processor's instruction
+// cache.
+
+/// Lines 1 to 3; without fext, lines 1 and 2 alone.
 template <typename Joint, typename Rotation>
 [[gnu::noinline]] void towardsLeaves(NodeState<Joint, Rotation>& n, const Body* parent,
                                      const Eigen::Matrix<float, Joint::dof_number, 1>& ddq, const Inertia& inertia,
@@ -40,9 +40,9 @@ template <typename Joint, typename Rotation>
   const auto S = load(n.joint.S);
   const simd::Motion vj = load(n.joint.vj);
   const simd::Motion cj = load(n.joint.cj);
-  const simd::Motion a_p = loadJustStored(parent ? parent->ai : minus_g);
+  const simd::Motion ap = loadJustStored(parent ? parent->ai : minus_g);
   const simd::Motion vi = parent ? iXp.apply(loadJustStored(parent->vi)) + vj : vj;
-  const simd::Motion ai = iXp.apply(a_p) + S * ddq + cj + crm(vi, vj);
+  const simd::Motion ai = iXp.apply(ap) + S * ddq + cj + crm(vi, vj);
   store(vi, n.body.vi);
   store(ai, n.body.ai);
   if (fext == nullptr) return;
@@ -52,15 +52,15 @@ template <typename Joint, typename Rotation>
 
 /// Lines 4 and 5.
 template <typename Joint, typename Rotation>
-[[gnu::noinline]] void towardsRoot(const NodeState<Joint, Rotation>& n, Force* f_p, float* torques) {
+[[gnu::noinline]] void towardsRoot(const NodeState<Joint, Rotation>& n, Force* fp, float* torques) {
   const simd::Force f = loadJustStored(n.joint.f);
   load(n.joint.S).transposeTimes(f, torques);
-  if (f_p != nullptr) store(loadJustStored(*f_p) + load(n.sXp).applyInv(f), *f_p);
+  if (fp != nullptr) store(loadJustStored(*fp) + load(n.sXp).applyInv(f), *fp);
 }
 
 }  // namespace internal
 
-/// runs_jcalc: whether this pass runs the joint pass itself.
+/// runs_jcalc is always false: see "The contract" in CONTRIBUTING.md.
 template <typename Robot, bool runs_jcalc>
 struct rnea;
 
@@ -87,9 +87,9 @@ struct rnea<Robot, false> {
 
     template <typename Vector>
     static void finish(Robot_& robot, const Vector&, const Force*, Vector& torques) {
-      Force* f_p = nullptr;
-      if constexpr (Node::parent_id >= 0) f_p = &node<Node::parent_id>(robot).joint.f;
-      internal::towardsRoot(node<i>(robot), f_p, &torques[Node::dof_index]);
+      Force* fp = nullptr;
+      if constexpr (Node::parent_id >= 0) fp = &node<Node::parent_id>(robot).joint.f;
+      internal::towardsRoot(node<i>(robot), fp, &torques[Node::dof_index]);
     }
   };
 

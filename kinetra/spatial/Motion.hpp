@@ -1,5 +1,7 @@
 #pragma once
 
+#include <type_traits>
+
 #include <kinetra/spatial/Vector3.hpp>
 
 namespace kinetra::Spatial {
@@ -60,7 +62,8 @@ class Motion {
 inline Motion operator+(const Motion& a, const Motion& b) { return Motion(load(a) + load(b)); }
 inline Motion operator-(const Motion& a, const Motion& b) { return Motion(load(a) - load(b)); }
 /// A column of six, such as a motion subspace times its coordinates, is added as a motion.
-template <typename Derived>
+template <typename Derived,
+          typename = std::enable_if_t<Derived::RowsAtCompileTime == 6 && Derived::ColsAtCompileTime == 1>>
 Motion operator+(const Motion& a, const Eigen::MatrixBase<Derived>& b) {
   return a + Motion(Motion::Vector6(b));
 }

@@ -31,6 +31,18 @@ TEST(FreeFlyerBodyJoint, TurnsByYawThenPitchThenRoll) {
   EXPECT_TRUE(identical(joint.vj.linear(), dq.head<3>()));
 }
 
+TEST(Joints, HaveFunctionsThatTakeBracesAndHaveAddresses) {
+  kinetra::FreeFlyerBodyJoint free, alsoFree;
+  void (kinetra::FreeFlyerBodyJoint::*const jcalc)(const Vector6f&, const Vector6f&) = &decltype(free)::jcalc;
+  (free.*jcalc)({1, 2, 3, 4, 5, 6}, {6, 5, 4, 3, 2, 1});
+  alsoFree.jcalc({Vector6f(Vector6f::LinSpaced(1, 6))}, {Vector6f(Vector6f::LinSpaced(6, 1))});
+  EXPECT_TRUE(identical(free.Xj.E.matrix(), alsoFree.Xj.E.matrix()));
+  kinetra::RevoluteJointAboutZ revolute;
+  void (kinetra::RevoluteJointAboutZ::*const jcalc_pos)(float) = &decltype(revolute)::jcalc_pos;
+  (revolute.*jcalc_pos)(0.5F);
+  EXPECT_TRUE(identical(revolute.Xj.E.s(), std::sin(0.5F)));
+}
+
 TEST(FreeFlyerBodyJoint, HasANegativeZeroAtZeroPitch) {
   kinetra::FreeFlyerBodyJoint joint;
   joint.jcalc_pos(Vector6f::Zero());
@@ -245,6 +257,28 @@ TEST_P(Dynamics, MassMatrixPassWritesForcesInTheRootFrame) {
     const auto couplings = H.block(0, n.dof_index, 6, n.dof_number);
     EXPECT_TRUE(identical(n.F.topRows(3), couplings.bottomRows(3))) << "node " << n.id;
     EXPECT_TRUE(identical(n.F.bottomRows(3), couplings.topRows(3))) << "node " << n.id;
+  });
+}
+
+TEST_P(Dynamics, HooksCanBeCalledWithoutThePass) {
+  using Crba = kinetra::crba<norvaX3, false>;
+  const Eigen::MatrixXf expected = crba();
+  Eigen::MatrixXf blocks = Eigen::MatrixXf::Constant(21, 21, untouched);
+  Crba::MassMatrix H(blocks);
+  depth_first_traversal<Crba::DftVisitor, norvaX3>::run(robot, H);
+  EXPECT_TRUE(identical(blocks, expected));
+
+  rnea(s.ddq);
+  norvaX3 other = robot;
+  spoil(other);
+  forEachNode(robot, [&](const auto& n) {
+    using Node = std::decay_t<decltype(n)>;
+    using update = kinetra::rnea<norvaX3, false>::update_kinematics<Node::id, Node::parent_id>;
+    update::run(other, s.ddq.template segment<Node::dof_number>(Node::dof_index));
+    const auto& updated = kinetra::node<Node::id>(other);
+    EXPECT_TRUE(identical(Vector6f(updated.body.vi), Vector6f(n.body.vi))) << "node " << n.id;
+    EXPECT_TRUE(identical(Vector6f(updated.body.ai), Vector6f(n.body.ai))) << "node " << n.id;
+    EXPECT_TRUE(Vector6f(updated.joint.f).array().isNaN().all()) << "node " << n.id;
   });
 }
 

@@ -19,6 +19,7 @@ Motion m() { return Motion::zero(); }
 Force f() { return Force::zero(); }
 Inertia I() { return Inertia::zero(); }
 Motion::Vector6 column() { return m(); }
+Eigen::RowVectorXf row() { return {}; }
 ConstraintMotionFreeFlyerBody S6() { return {}; }
 ConstraintMotionAboutZ S1() { return {}; }
 TransformT<RotationMatrix> X() { return {}; }
@@ -28,6 +29,7 @@ simd::Force fv() { return load(f()); }
 constexpr auto sum = [](const auto& a, const auto& b) -> decltype(void(a + b)) {};
 static_assert(compiles(sum, m, m) && compiles(sum, f, f) && compiles(sum, I, I) && compiles(sum, m, column));
 static_assert(!compiles(sum, m, f) && !compiles(sum, f, m) && !compiles(sum, f, column) && !compiles(sum, m, I));
+static_assert(!compiles(sum, m, row));
 static_assert(!compiles(sum, mv, fv) && !compiles(sum, m, fv) && !compiles(sum, I, m) && !compiles(sum, f, I));
 
 constexpr auto difference = [](const auto& a, const auto& b) -> decltype(void(a - b)) {};
