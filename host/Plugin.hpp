@@ -1,11 +1,14 @@
 #pragma once
 
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <string>
 
 #include <dlfcn.h>
+#include <link.h>
 
 #include <service/RigidBodySystem.hpp>
 
@@ -31,20 +34,32 @@ class Plugin {
   };
   using Object = std::unique_ptr<RigidBodySystem, Destroy>;
 
-  /// Loads a plug-in. Throws std::runtime_error, with a message of one line, if the file cannot be loaded or is not a
-  /// plug-in.
+  /// Loads a plug-in. Throws std::runtime_error, with a message of one line, if the file cannot be loaded, ends too
+  /// early or is not a plug-in. The content of the file is not checked: loading runs code from it.
   explicit Plugin(const std::filesystem::path& file) : library_(load(file)) {
     create_ = reinterpret_cast<RigidBodySystem* (*)()>(find(file, "create"));
     destroy_ = reinterpret_cast<void (*)(RigidBodySystem*)>(find(file, "destroy"));
   }
 
-  /// Returns a new object. Throws std::bad_alloc.
-  Object create() const { return Object(create_(), Destroy{library_, destroy_}); }
+  /// Returns a new object. Throws std::bad_alloc, and std::runtime_error if the plug-in returns no object.
+  Object create() const {
+    Object object(create_(), Destroy{library_, destroy_});
+    if (object == nullptr) throw std::runtime_error("the plug-in has returned no object");
+    return object;
+  }
 
  private:
   static std::shared_ptr<void> load(const std::filesystem::path& file) {
     // dlopen would look for a name without a slash in the library folders of the system.
     const std::string path = file.has_parent_path() ? file.string() : "./" + file.string();
+    // dlopen would end the process if the file were cut off. A linker writes the table of sections last.
+    ElfW(Ehdr) header = {};
+    std::ifstream(file).read(reinterpret_cast<char*>(&header), sizeof header);
+    const bool isLibrary = std::equal(ELFMAG, ELFMAG + SELFMAG, header.e_ident);
+    std::error_code error;
+    if (isLibrary && std::filesystem::file_size(file, error) < header.e_shoff + header.e_shnum * header.e_shentsize) {
+      throw std::runtime_error("cannot load the plug-in: " + path + " is not complete");
+    }
     void* library = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
     if (library == nullptr) throw std::runtime_error(std::string("cannot load the plug-in: ") + dlerror());
     return {library, [](void* handle) { dlclose(handle); }};

@@ -31,10 +31,11 @@ std::size_t nameToIndex(const System& system, const Indexed& of, py::handle name
   }
   py::ssize_t size = 0;
   const char* const text = PyUnicode_AsUTF8AndSize(name.ptr(), &size);
-  if (text == nullptr) PyErr_Clear();
-  for (std::size_t i = 0; text != nullptr && i < (system.*of.count)(); ++i) {
-    if ((system.*of.name)(i).compare(0, std::string::npos, text, static_cast<std::size_t>(size)) == 0) return i;
+  try {
+    if (text != nullptr) return (system.*of.id)(std::string(text, static_cast<std::size_t>(size)));
+  } catch (const std::out_of_range&) {
   }
+  PyErr_Clear();
   raiseUnknown(of.noun, name, namesOf(system, of));
 }
 
@@ -70,7 +71,7 @@ namespace {
 /// The value as an array of real numbers. An array that is already one is not copied.
 py::array toRealArray(py::handle value) {
   const bool isArray = Py_TYPE(value.ptr()) == py::detail::npy_api::get().PyArray_Type_;
-  if (!isArray && py::hasattr(value, "_mask") &&
+  if (!isArray && py::isinstance<py::array>(value) &&
       py::module_::import("numpy.ma").attr("is_masked")(value).cast<bool>()) {
     raise(PyExc_TypeError, "expected numbers, got {} with masked values", typeName(value));
   }
@@ -149,7 +150,12 @@ Numbers::Numbers(py::handle value, const Shape& shape, bool areMany)
 }
 
 float toFloat(py::handle value) {
-  if (PyFloat_Check(value.ptr())) return rounded(PyFloat_AS_DOUBLE(value.ptr()));
+  const PyObject* const float32 = py::detail::array_descriptor_proxy(py::dtype::of<float>().ptr())->typeobj;
+  const bool isUsual =
+      PyFloat_Check(value.ptr()) || PyLong_CheckExact(value.ptr()) || py::type::handle_of(value).ptr() == float32;
+  const double number = isUsual ? PyFloat_AsDouble(value.ptr()) : 0;
+  if (isUsual && PyErr_Occurred() == nullptr) return rounded(number);
+  PyErr_Clear();
   std::vector<float> floats;
   Numbers(value, {0, 1, 1}).read(0, floats);
   return floats[0];

@@ -33,9 +33,11 @@ struct Indexed {
   const char* noun;
   std::size_t (System::*count)() const;
   const std::string& (System::*name)(std::size_t) const = nullptr;
+  std::size_t (System::*id)(const std::string&) const = nullptr;
 };
-inline const Indexed body = {"body", &System::getNbBodies, &System::getBodyName};
-inline const Indexed joint = {"joint angle", &System::getNbJointAngles, &System::getJointAngleName};
+inline const Indexed body = {"body", &System::getNbBodies, &System::getBodyName, &System::getBodyId};
+inline const Indexed joint = {"joint angle", &System::getNbJointAngles, &System::getJointAngleName,
+                              &System::getJointAngleId};
 inline const Indexed frame = {"volatile frame", &System::getNbVolatileFrames};
 
 std::vector<std::string> namesOf(const System& system, const Indexed& of);

@@ -182,8 +182,10 @@ py::dict Evaluate::operator()(const System& robot, const py::dict& inputs, const
     const Shape shape = getter.get(*clones[0], index, nullptr);
     py::array result(getter.type, shape.sizes({static_cast<py::ssize_t>(count)}));
     const auto bytes = static_cast<std::size_t>(shape.size() * getter.type.itemsize());
-    reads.emplace_back([=, first = static_cast<char*>(result.mutable_data()), get = getter.get, index = index](
-                           System& system, std::size_t state, auto&) { get(system, index, first + state * bytes); });
+    // The step keeps the array, because a key that is given twice replaces it in the dict.
+    reads.emplace_back(
+        [kept = result, first = static_cast<char*>(result.mutable_data()), bytes, get = getter.get, index = index](
+            System& system, std::size_t state, auto&) { get(system, index, first + state * bytes); });
     results[key] = result;
   }
   addComputations(needed, steps);

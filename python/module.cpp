@@ -43,6 +43,9 @@ struct Robot {
   std::unique_ptr<System, std::function<void(System*)>> system;
   /// For each pose in the system that Python has asked for, the matrix that it sees.
   std::map<const Transform*, PoseMatrix> matrices = {};
+  py::handle self = {};  ///< The Python object, which owns this one.
+
+  py::handle object() { return self ? self : self = py::cast(this); }
 
   void refreshMatrices() {
     for (auto& [pose, matrix] : matrices) matrix = *pose;
@@ -116,7 +119,7 @@ py::object toPython(Robot& robot, const std::decay_t<Result>& result) {
     std::vector<py::ssize_t> strides = {block.rowStride * size, block.columnStride * size};
     strides.erase(strides.begin(), strides.end() - block.shape.dimensions);
     py::array array(py::dtype::of<Number>(), block.shape.sizes(), std::move(strides), block.first,
-                    isView ? py::cast(&robot) : py::object());
+                    isView ? robot.object() : py::handle());
     if (isView) py::detail::array_proxy(array.ptr())->flags &= ~py::detail::npy_api::NPY_ARRAY_WRITEABLE_;
     return std::move(array);
   }
@@ -124,13 +127,16 @@ py::object toPython(Robot& robot, const std::decay_t<Result>& result) {
 
 // --- Operations ------------------------------------------------------------------------------------------------
 
+/// An argument that is a name, never an index. The operation gets its index.
+struct Name {};
+
 /// An argument as it is kept during a call: an index, a name, a number, or the floats of an array.
 template <typename T>
 auto fromPython(const System& system, const Indexed& of, py::handle value) {
   if constexpr (std::is_same_v<T, std::size_t>) {
     return toIndex(system, of, value);
-  } else if constexpr (std::is_same_v<T, std::string>) {
-    return (system.*of.name)(nameToIndex(system, of, value));
+  } else if constexpr (std::is_same_v<T, Name>) {
+    return nameToIndex(system, of, value);
   } else if constexpr (std::is_same_v<T, float>) {
     return toFloat(value);
   } else {
@@ -272,15 +278,16 @@ void addOperations(Operations& robot) {
   robot.def_property_readonly("body_names", names(body), "The names of all bodies.");
   robot.def_property_readonly("joint_names", names(joint), "The names of all joint angles.");
 
+  const auto index = [](const System&, Index id) { return id; };
   robot.op("getName", "", &System::getName, "Always the empty string.");
   robot.op("getNbJointAngles", "", &System::getNbJointAngles, "How many joint angles there are: 15.");
   robot.op("getNbBodies", "", &System::getNbBodies, "How many bodies there are: 16.");
   robot.op("getNbVolatileFrames", "", &System::getNbVolatileFrames, "How many volatile frames there are: 1.");
   robot.op("getRootName", "", &System::getRootName, "Name of body 0.");
   robot.op("getJointAngleName", "joint", &System::getJointAngleName, "Name of a joint angle.", joint);
-  robot.op("getJointAngleId", "name", &System::getJointAngleId, "Index of the joint angle of this name.", joint);
+  robot.add<Index, Name>("getJointAngleId", "name", index, "Index of the joint angle of this name.", joint);
   robot.op("getBodyName", "body", &System::getBodyName, "Name of a body.");
-  robot.op("getBodyId", "name", &System::getBodyId, "Index of the body of this name.");
+  robot.add<Index, Name>("getBodyId", "name", index, "Index of the body of this name.", body);
 
   robot.op("setBodyInertia", "body, mass, com, inertia", &System::setBodyInertia,
            "Replaces the mass properties of a body FOR ALL OBJECTS OF THE PROCESS: mass (kg), centre of mass (m, body\n"
