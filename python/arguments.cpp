@@ -69,11 +69,11 @@ std::vector<py::ssize_t> Shape::sizes(std::vector<py::ssize_t> first) const {
 namespace {
 
 /// The value as an array of real numbers. An array that is already one is not copied.
-py::array toRealArray(py::handle value) {
+py::array toRealArray(py::handle value, const std::string& label) {
   const bool isArray = Py_TYPE(value.ptr()) == py::detail::npy_api::get().PyArray_Type_;
   if (!isArray && py::isinstance<py::array>(value) &&
       py::module_::import("numpy.ma").attr("is_masked")(value).cast<bool>()) {
-    raise(PyExc_TypeError, "expected numbers, got {} with masked values", typeName(value));
+    raise(PyExc_TypeError, "{}expected numbers, got {} with masked values", label, typeName(value));
   }
   const auto object = py::reinterpret_borrow<py::object>(value);
   py::array array = isArray ? py::reinterpret_borrow<py::array>(object) : py::array(object);
@@ -85,7 +85,7 @@ py::array toRealArray(py::handle value) {
     areReal = std::all_of(elements.begin(), elements.end(),
                           [&](py::handle x) { return py::isinstance(x, real) && !PyBool_Check(x.ptr()); });
   }
-  if (!areReal) raise(PyExc_TypeError, "expected numbers, got {} of {}", typeName(value), array.dtype());
+  if (!areReal) raise(PyExc_TypeError, "{}expected numbers, got {} of {}", label, typeName(value), array.dtype());
   return array;
 }
 
@@ -118,20 +118,22 @@ void Numbers::readAs(std::size_t i, std::vector<float>& floats) const {
   }
 }
 
-Numbers::Numbers(py::handle value, const Shape& shape, bool areMany)
-    : shape_(shape), areMany_(areMany), array_(toRealArray(value)) {
+Numbers::Numbers(py::handle value, const Shape& shape, bool areMany, const std::string& label)
+    : shape_(shape), areMany_(areMany), array_(toRealArray(value, label)) {
   const int first = areMany ? 1 : 0;  // dimension of the shape
   const int dimensions = shape.dimensions;
   bool fits = array_.ndim() == first + dimensions;
   fits = fits && (dimensions < 1 || array_.shape(first + dimensions - 1) == shape.columns);
   fits = fits && (dimensions < 2 || array_.shape(first) == shape.rows);
   if (!fits) {
-    const auto described = [](const py::tuple& sizes) {
-      return sizes.empty() ? py::str("one number") : py::str("an array of shape {}").format(sizes);
+    const auto described = [](const py::tuple& sizes) -> py::object {
+      if (sizes.empty()) return py::str("one number");
+      return py::str("an array of shape {}").format(sizes).attr("replace")("'", "");
     };
     py::list needed = py::cast(shape.sizes());
     if (areMany) needed.insert(0, "N");
-    raise(PyExc_ValueError, "expected {}, got {}", described(py::tuple(needed)), described(array_.attr("shape")));
+    raise(PyExc_ValueError, "{}expected {}, got {}", label, described(py::tuple(needed)),
+          described(array_.attr("shape")));
   }
   if (holds<float>(array_)) {
     read_ = &Numbers::readAs<float>;
@@ -140,7 +142,7 @@ Numbers::Numbers(py::handle value, const Shape& shape, bool areMany)
   } else {
     array_ = py::array_t<long double, py::array::c_style | py::array::forcecast>::ensure(array_);
     // The conversion fails only for a real number that is too large.
-    if (!array_) throw std::invalid_argument("expected numbers of at most 3.4e38, got a larger one");
+    if (!array_) throw std::invalid_argument(label + "expected numbers of at most 3.4e38, got a larger one");
     read_ = &Numbers::readAs<long double>;
   }
   data_ = static_cast<const char*>(array_.data());

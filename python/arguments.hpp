@@ -58,7 +58,8 @@ struct Shape {
 /// The real numbers of one value of a shape, or of `count` such values, in a number, a list or an array of any layout.
 class Numbers {
  public:
-  Numbers(py::handle value, const Shape& shape, bool areMany = false);
+  /// If there are many values, the first index of the array counts them. Messages start with the label.
+  Numbers(py::handle value, const Shape& shape, bool areMany = false, const std::string& label = "");
 
   std::size_t count() const { return areMany_ ? static_cast<std::size_t>(array_.shape(0)) : 1; }
   /// Sets `floats` to value i, by rows. Does not need Python's lock. Throws std::invalid_argument.

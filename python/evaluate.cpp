@@ -151,7 +151,7 @@ py::dict Evaluate::operator()(const System& robot, const py::dict& inputs, const
   for (const auto& [key, values] : inputs) {
     const auto [setter, name, hasIndex, index] = select(setters_, "input", robot, key);
     const std::string label = py::repr(key);
-    const Numbers numbers(values, setter.shape(robot), true);
+    const Numbers numbers(values, setter.shape(robot), true, label + ": ");
     if (counted && numbers.count() != count) {
       raise(PyExc_ValueError, "{!r} has {} states, but {} has {}", counted, count, label, numbers.count());
     }

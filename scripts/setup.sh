@@ -27,7 +27,7 @@ documented_commands() { awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]
 # The packages for the tests, for lumo-sines, for the manual pages, and for the Python module and its examples. The build
 # leaves out what it has no packages for.
 all_packages=(help2man libgtest-dev libmpfr-dev liburdfdom-dev pybind11-dev python3-dev python3-numpy python3-matplotlib
-  python3-pytest python3-distributed)
+  python3-mypy python3-pytest python3-distributed)
 
 # The packages for the benchmarks.
 bench_packages=(libbenchmark-dev libmujoco-dev liborocos-kdl-dev liburdfdom-dev python3 util-linux)

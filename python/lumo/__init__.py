@@ -8,7 +8,8 @@
     robot.getPose("RWristYaw")  # a 4 x 4 NumPy array
 
 The objects have the operations of the C++ interface under the same names: help(lumo.RigidBodySystem).
-They hold Python's interpreter lock while they compute, and start no threads.
+They hold Python's interpreter lock while they compute, and start no threads. Only evaluate(), which evaluates many
+states in one call, releases the lock and uses all cores.
 """
 
 import numpy  # If it is missing, the exception names it.

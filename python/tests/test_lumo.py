@@ -1,13 +1,19 @@
 """The module as its users see it. What the plug-in computes is tested elsewhere; here, that it arrives."""
 
-import ast
+import copy
 import gc
 import inspect
+import json
+import os
 import pathlib
+import pickle
 import re
 import shutil
+import signal
 import subprocess
 import sys
+import threading
+import time
 from decimal import Decimal
 from fractions import Fraction
 
@@ -21,13 +27,14 @@ BUILD = pathlib.Path(lumo.__file__).parents[2]
 
 FLOAT_MAX = float(np.finfo(np.float32).max)
 POSE = np.array([[0, -1, 0, 1], [1, 0, 0, 2], [0, 0, 1, 3], [0, 0, 0, 1]])
+LAST_ROW = np.array([[0], [0], [0], [1e-2]]) * [1, 0, 0, 0]
 
 # The operations with arguments: for each, what kinds they are and a value that is right.
 ARGUMENTS = {
     "getJointAngleName": ["joint"], "getBodyName": ["body"], "getPartialMass": ["body"], "getMass": ["body"],
     "getJointAngleId": ["joint name"], "getBodyId": ["body name"],
     "setBodyInertia": ["body", "number", 3, (3, 3)],
-    "setRootPose": ["pose"], "setRootVelocity": [6], "setRootAcceleration": [6],
+    "setRootPose": ["root pose"], "setRootVelocity": [6], "setRootAcceleration": [6],
     "setJointAnglesPos": [15], "setJointAnglesVel": [15], "setJointAnglesAcc": [15],
     "setJointAnglePos": ["joint", "number"], "setJointAngleVel": ["joint", "number"],
     "setJointAngleAcc": ["joint", "number"],
@@ -38,7 +45,7 @@ ARGUMENTS = {
     "getVolatilePose": ["frame"], "setVolatilePose": ["frame", "pose"],
 }
 RIGHT = {"joint": 14, "body": 15, "frame": 0, "joint name": "HipPitch", "body name": "Torso", "number": 0.5,
-         "pose": POSE, 3: [1, 2, 3], 6: range(6), 15: range(15), (3, 3): np.eye(3)}
+         "pose": POSE, "root pose": POSE, 3: [1, 2, 3], 6: range(6), 15: range(15), (3, 3): np.eye(3)}
 
 NOT_INDEXES = [(-1, IndexError), (10**30, IndexError), (-(10**30), IndexError), (True, TypeError),
                (np.True_, TypeError), (1.0, TypeError), (np.float32(1), TypeError), (None, TypeError), ([0], TypeError),
@@ -66,8 +73,11 @@ WRONG = {
     "joint name": NOT_NAMES + [("Torso", KeyError), (0, TypeError), (None, TypeError), (b"HipPitch", TypeError)],
     "body name": NOT_NAMES + [(0, TypeError), (None, TypeError), (b"Torso", TypeError)],
     "number": NOT_NUMBERS, 3: not_arrays(3), 6: not_arrays(6), 15: not_arrays(15), (3, 3): not_arrays(3, 3),
-    "pose": not_arrays(4, 4) + [(POSE.T, ValueError), (POSE[:3], ValueError), (2 * POSE, ValueError)],
+    "pose": not_arrays(4, 4) + [(wrong, ValueError) for wrong in (POSE.T, POSE[:3], 2 * POSE, POSE + LAST_ROW)],
 }
+WRONG["root pose"] = WRONG["pose"] + [(wrong, ValueError) for wrong in (
+    POSE @ np.diag([1, 1, -1, 1]), POSE @ np.diag([1, 1.002, 1, 1]), POSE + 0.002 * np.eye(4, k=1),
+    np.where(POSE == -1, np.inf, POSE))]
 
 
 @pytest.fixture
@@ -121,26 +131,70 @@ def run(code, *arguments):
     return result.returncode, result.stdout, result.stderr
 
 
-def test_operations_are_those_of_the_interface_in_the_module_and_in_its_stub():
+def test_operations_are_those_of_the_interface_and_have_signatures():
     header = (HERE / "../../service/RigidBodySystem.hpp").read_text()
     interface = re.findall(r"\bvirtual [^~;{(]*\b(\w+)\(", header)
-    assert {name for name in vars(lumo.RigidBodySystem) if name[0] != "_"} == set(interface)
-
-    stub = ast.parse((HERE / "../lumo/__init__.pyi").read_text())
-    methods = [method for definition in stub.body if isinstance(definition, ast.ClassDef) for method in definition.body
-               if definition.name == "RigidBodySystem"]
-    assert sorted(method.name for method in methods) == sorted(interface)
-    for method in methods:
-        if not method.decorator_list:  # no overload
-            arguments = [argument.arg for argument in method.args.posonlyargs[1:]]
-            signature = inspect.signature(getattr(lumo.RigidBodySystem, method.name))
-            assert list(signature.parameters) == arguments, method.name
+    assert len(interface) == 56
+    operations = {name for name in vars(lumo.RigidBodySystem) if name[0] != "_"}
+    assert operations == {*interface, "evaluate", "body_names", "joint_names"}
+    for name in interface:
+        inspect.signature(getattr(lumo.RigidBodySystem, name))
+    robot = lumo.Plugin().create()
+    assert list(inspect.signature(robot.setJointAnglePos).parameters) == ["joint", "position"]
 
 
-def test_results_have_the_bits_of_the_cpp_tool():
-    in_cpp = subprocess.run([BUILD / "bin/lumo-digest", "--states", "20"], capture_output=True, text=True, check=True)
-    in_python = subprocess.run([sys.executable, HERE / "digest.py", "20"], capture_output=True, text=True, check=True)
-    assert in_python.stdout == in_cpp.stdout
+def test_static_types_are_right(tmp_path):
+    environment = {**os.environ, "MYPYPATH": str(BUILD / "python"), "MYPY_CACHE_DIR": str(BUILD / "mypy")}
+    program = tmp_path / "program.py"
+    program.write_text("""if True:
+        import lumo
+        import numpy as np
+        robot = lumo.Plugin().create()
+        q = np.zeros((5, 15), np.float32)
+        robot.setJointAnglePos("KneePitch", np.float32(1))
+        robot.setJointAnglePos(np.int64(3), 1)
+        results = robot.evaluate({"setJointAnglesPos": q, ("setRootPose",): [np.eye(4)] * 5},
+                                 ["getMass", ("getPose", "Torso"), ("getMass", np.int64(3))], threads=2)
+        results["getPose", "Torso"].sum()
+        robot.setJointAnglePos("KneePitch", "1")  # type: ignore[arg-type]
+        robot.setJointAnglePos("KneePitch")  # type: ignore[call-arg]
+        robot.getPose(1.5)  # type: ignore[arg-type]
+        lumo.RigidBodySystem()  # type: ignore
+    """)
+    # pybind11 gives its classes a metaclass.
+    allowed = tmp_path / "allowed"
+    allowed.write_text("lumo.Plugin\nlumo.RigidBodySystem\n")
+    for tool in (["mypy.stubtest", "--allowlist", allowed, "lumo"], ["mypy", "--strict", "--python-version=3.11", program]):
+        result = subprocess.run([sys.executable, "-m", *tool], capture_output=True, text=True, env=environment)
+        assert result.returncode == 0, result.stdout + result.stderr
+
+
+def test_results_have_the_bits_of_the_inspector(robot):
+    for state in ("", "--joint KneePitch=0.7 --velocity HipRoll=-2.5", "--joint RWristYaw=-1.25 --joint HeadYaw=3 "
+                  "--velocity LElbowYaw=1.1 --acceleration HipPitch=7 --wrench Torso=1,2,3,4,5,6"):
+        shown = subprocess.run([BUILD / "bin/lumo-inspect", "--pose", "greeting", *state.split(), "--format", "json"],
+                               capture_output=True, text=True, check=True)
+        shown = json.loads(shown.stdout)
+        setters = {"position": robot.setJointAnglesPos, "velocity": robot.setJointAnglesVel,
+                   "acceleration": robot.setJointAnglesAcc}
+        for quantity, setter in setters.items():
+            setter([joint[quantity] for joint in shown["joints"]])
+        root = shown["bodies"][0]
+        pose = np.eye(4)
+        pose[:3, :3], pose[:3, 3] = np.reshape(root["rotation"], (3, 3)), root["position"]
+        robot.setRootPose(pose)
+        robot.setRootVelocity(np.zeros(6))
+        robot.setExternalWrench("Torso", [1, 2, 3, 4, 5, 6] if "wrench" in state else np.zeros(6))
+        compute(robot)
+        same(robot.getPoseInRoot(0), np.eye(4))
+        same(robot.getGeneralizedMass(), shown["generalized_mass"])
+        same(robot.getJointAnglesTorque(), [joint["torque"] for joint in shown["joints"]])
+        same(robot.getComPositionInRoot(), shown["com_in_root"])
+        same([robot.getMass(b) for b in range(16)], [body["mass"] for body in shown["bodies"]])
+
+
+def same(result, expected):
+    assert np.array_equal(np.asarray(result, np.float32), np.asarray(expected, np.float32))
 
 
 def test_views_are_read_only_and_show_later_results(robot):
@@ -223,22 +277,54 @@ def test_names_can_replace_indexes_and_errors_suggest_the_nearest_name(robot):
     for name, nearest in (("kneepitch", "KneePitch"), ("LSholderRoll", "LShoulderRoll"), ("HEADYAW", "HeadYaw")):
         with pytest.raises(KeyError, match=f'no joint angle named "{name}"; the nearest is "{nearest}"'):
             robot.setJointAnglePos(name, 0)
+    with pytest.raises(KeyError, match='no joint angle named "xyz"\'$'):
+        robot.setJointAnglePos("xyz", 0)
 
 
 def test_operations_raise_without_a_valid_object():
     assert raised_by(lumo.RigidBodySystem) is TypeError
-    for nothing, error in ((None, TypeError), (3, TypeError), (lumo.Plugin(), TypeError),
-                           (lumo.RigidBodySystem.__new__(lumo.RigidBodySystem), RuntimeError)):
-        for name in ("getMass", "getName", "clone", "computeFwdKinematics"):
-            assert raised_by(getattr(lumo.RigidBodySystem, name), nothing) is error
-    for nothing, error in ((None, TypeError), (lumo.Plugin.__new__(lumo.Plugin), RuntimeError)):
-        assert raised_by(lumo.Plugin.create, nothing) is error
+    for nothing in (None, 3, lumo.Plugin()):
+        for name in ("getMass", "getName", "clone", "computeFwdKinematics", "__reduce__", "evaluate"):
+            assert raised_by(getattr(lumo.RigidBodySystem, name), nothing) is TypeError
+    base = lumo.Plugin.__base__
+    for call, *arguments in ((lumo.Plugin.create, None), (lumo.Plugin.__reduce__, None), (base,), (base.__new__, base),
+                             (lumo.Plugin.__new__, lumo.Plugin), (type("Derived", (base,), {}),)):
+        assert raised_by(call, *arguments) is TypeError
+
+
+def test_objects_can_be_copied_and_plugins_pickled(robot, tmp_path):
+    for other in (copy.copy(robot), copy.deepcopy([robot])[0]):
+        assert np.array_equal(everything(other), everything(robot))
+        other.setJointAnglePos(3, 9)
+        assert robot.getJointAnglePos(3) != 9
+    file = shutil.copy(BUILD / "lib/lumo/norvaX3.so", tmp_path)
+    for plugin, arguments in ((lumo.Plugin(), ()), (lumo.Plugin(os.path.relpath(file)), (os.path.relpath(file),))):
+        for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
+            assert pickle.loads(pickle.dumps(plugin, protocol)).create().getMass() == robot.getMass()
+            with pytest.raises(TypeError, match="pickle its Plugin and its inputs"):
+                pickle.dumps(robot, protocol)
+        assert [os.path.realpath(name) for name in plugin.__reduce__()[1]] == [os.path.realpath(a) for a in arguments]
+
+
+def test_an_object_says_what_it_is(robot):
+    assert robot.body_names == tuple(map(robot.getBodyName, range(16)))
+    assert robot.joint_names == tuple(map(robot.getJointAngleName, range(15)))
+    robot.setJointAnglesPos([0] * 9 + [0.5] + [0] * 5)
+    assert repr(robot) == "<lumo.RigidBodySystem norvaX3: root at (1, 2, 3) m, KneePitch 0.5 rad>"
 
 
 def test_files_that_are_no_plugin_raise(tmp_path):
     for file, error in (("none", RuntimeError), (tmp_path, RuntimeError), (f"{BUILD}/lib/liboxmath.so", RuntimeError),
                         (b"\xff", RuntimeError), (3, TypeError), ("a\0b", ValueError)):
         assert raised_by(lumo.Plugin, file) is error, file
+    plugin = (BUILD / "lib/lumo/norvaX3.so").read_bytes()
+    for size in (64, len(plugin) // 2, len(plugin) - 1):
+        (tmp_path / "cut.so").write_bytes(plugin[:size])
+        code = "import sys, lumo; lumo.Plugin(sys.argv[1])"
+        assert re.search("RuntimeError: .* is not complete\n$", run(code, tmp_path / "cut.so")[2])
+    empty = 'extern "C" void* create() { return nullptr; } extern "C" void destroy(void*) {}'
+    subprocess.run(["c++", "-shared", "-fPIC", "-o", tmp_path / "null.so", "-xc++", "-"], input=empty.encode(), check=True)
+    assert raised_by(lumo.Plugin(tmp_path / "null.so").create) is RuntimeError
     shutil.copytree(pathlib.Path(lumo.__file__).parent, tmp_path / "python/lumo")
     (tmp_path / "lib").mkdir()
     for library in pathlib.Path(BUILD, "lib").glob("*.so*"):  # the math library, which the module may need
@@ -294,3 +380,199 @@ def test_objects_can_be_deleted_in_any_order_and_when_the_interpreter_ends():
         print("end")
     """
     assert run(code) == (0, "end\n", "")
+
+
+def test_sub_interpreters_are_refused():
+    code = """if True:
+        import _xxsubinterpreters as interpreters
+        interpreters.run_string(interpreters.create(), "import lumo")
+    """
+    assert "lumo can only be imported in the main interpreter" in run(code)[2]
+
+
+def test_a_getter_does_not_disturb_a_view_that_another_thread_reads(robot):
+    view, expected, wrong = robot.getPose("RWristYaw"), robot.getPose("RWristYaw").copy(), []
+    end = time.monotonic() + 0.3
+
+    def read():
+        seen = np.empty((1000, 4, 4), np.float32)
+        while time.monotonic() < end:
+            seen[:] = view
+            wrong.append((seen != expected).any())
+
+    thread = threading.Thread(target=read)
+    thread.start()
+    while time.monotonic() < end:
+        robot.getPose("RWristYaw")
+    thread.join()
+    assert not any(wrong)
+
+
+def counts_while(work):
+    """How often another thread runs while `work` runs, if it runs only when Python's lock is free."""
+    count, end = [0], threading.Event()
+
+    def other():
+        while not end.is_set():
+            time.sleep(0)
+            count[0] += 1
+
+    interval = sys.getswitchinterval()
+    sys.setswitchinterval(60)  # Nobody asks the thread that has the lock to release it.
+    thread = threading.Thread(target=other)
+    thread.start()
+    time.sleep(0.01)
+    before = count[0]
+    try:
+        work()
+    finally:
+        counted = count[0] - before
+        end.set()
+        sys.setswitchinterval(interval)
+        thread.join()
+    return counted
+
+
+def test_only_evaluate_releases_the_lock_of_python(robot):
+    def work():
+        for _ in range(3000):
+            robot.setJointAnglePos(3, 0.5)
+            compute(robot)
+            robot.getPose(3)
+
+    assert counts_while(work) == 0
+    assert counts_while(lambda: robot.evaluate(states(20000), ["getGeneralizedMass"])) > 0
+
+
+def states(count):
+    """Every input, for a number of states."""
+    def draw(*shape):
+        return np.random.default_rng(7).uniform(-1, 1, (count, *shape)).astype(np.float32)
+
+    poses = np.tile(np.eye(4, dtype=np.float32), (count, 1, 1))
+    poses[:, :3, :3] = np.linalg.qr(draw(3, 3))[0]
+    poses[:, :3, 0] *= np.linalg.det(poses[:, :3, :3])[:, None]
+    poses[:, :3, 3] = draw(3)
+    return {"setRootPose": poses, "setRootVelocity": draw(6), "setRootAcceleration": draw(6),
+            "setJointAnglesPos": draw(15), "setJointAnglesVel": 2 * draw(15), "setJointAnglesAcc": 3 * draw(15),
+            ("setJointAnglePos", "KneePitch"): draw(), ("setJointAngleVel", 3): draw(), ("setJointAngleAcc", 4): draw(),
+            ("setExternalWrench", "RWristYaw"): draw(6), ("setExternalWrench", 3): -draw(6),
+            ("setVolatilePose", 0): poses[::-1]}
+
+
+# Every getter and both partial operations, for the root and for another body where that matters.
+OUTPUTS = [name for name in vars(lumo.RigidBodySystem) if re.match("get|computePartial", name)
+           and name not in ARGUMENTS and "Name" not in name] + ["getMass", "getComPosition"]
+OUTPUTS += [(name, index) for name, kinds in ARGUMENTS.items() if kinds in (["body"], ["joint"])
+            and "Name" not in name for index in (0, 7)] + [("getVolatilePose", 0), ("getPose", "LWristYaw")]
+
+
+def of_key(robot, key):
+    name, *arguments = (key,) if isinstance(key, str) else key
+    return lambda *values: getattr(robot, name)(*arguments, *values)
+
+
+@pytest.mark.parametrize("threads", [1, 3, None])
+def test_evaluate_gives_the_bits_of_single_calls(robot, threads):
+    inputs, before, single = states(150), everything(robot), robot.clone()
+    together = robot.evaluate(inputs, OUTPUTS, threads)
+    alone = {key: robot.evaluate(inputs, iter([key]), threads=threads)[key] for key in OUTPUTS}
+    assert list(together) == list(alone) == OUTPUTS
+    assert np.array_equal(everything(robot), before)
+    for i in range(150):
+        for key, values in inputs.items():
+            of_key(single, key)(values[i])
+        roots = {key: np.array(of_key(single, key)()) for key in OUTPUTS}
+        compute(single)
+        for key in OUTPUTS:
+            expected = np.asarray(of_key(single, key)())
+            assert np.array_equal(together[key][i], expected), (key, i)
+            # What only the root's pose determines needs no computation, which would round it again.
+            same_as = roots[key] if key in ("getRootPose", ("getPose", 0), ("getComPosition", 0)) else expected
+            assert np.array_equal(alone[key][i], same_as), (key, i)
+
+
+def test_evaluate_sets_poses_after_the_computations_and_keeps_other_inputs(robot):
+    poses = states(3)["setRootPose"]
+    results = robot.evaluate({("setPose", 5): poses, "setJointAnglesPos": np.zeros((3, 15))},
+                             [("getPose", 5), ("getPose", 6), "getJointAnglesVel"])
+    assert np.array_equal(results["getPose", 5], poses)
+    assert not np.array_equal(results["getPose", 6][0], np.eye(4))
+    assert np.array_equal(results["getJointAnglesVel"], np.tile(robot.getJointAnglesVel(), (3, 1)))
+
+
+def test_evaluate_takes_arrays_of_all_types_and_layouts(robot):
+    q = np.round(states(100)["setJointAnglesPos"] * 64)
+    wide = np.zeros((200, 40), np.float32)
+    wide[::2, 3:18] = q
+    expected = robot.evaluate({"setJointAnglesPos": q}, ["getJointAnglesTorque"])["getJointAnglesTorque"]
+    for given in (wide[::2, 3:18], np.asfortranarray(q), q.astype(np.float64), q.astype(np.int8), q.tolist(),
+                  q.astype(">f4"), q.astype(object), q[::-1].copy()[::-1]):
+        assert np.array_equal(robot.evaluate({"setJointAnglesPos": given}, ["getJointAnglesTorque"], 2)
+                              ["getJointAnglesTorque"], expected)
+    assert robot.evaluate({"setJointAnglesPos": q[:0]}, ["getGeneralizedMass"])["getGeneralizedMass"].shape == (0, 21, 21)
+
+
+def test_wrong_calls_of_evaluate_raise(robot):
+    q, poses = np.zeros((70, 15)), np.tile(np.eye(4), (70, 1, 1))
+    poses[69, 0, 0] = 2
+    for inputs, outputs, threads, error, message in (
+            ({"setJointAnglesPos": q, "setRootVelocity": np.zeros((69, 6))}, [], 1, ValueError,
+             "'setJointAnglesPos' has 70 states, but 'setRootVelocity' has 69"),
+            ({}, ["getMass"], 1, ValueError, "at least one input"),
+            ({"setJointAnglesPos": q[0]}, [], 1, ValueError, r"'setJointAnglesPos': expected .*\(N, 15\)"),
+            ({"setRootPose": poses}, [], 2, ValueError, "'setRootPose', state 69: expected a rotation"),
+            ({"setBodyInertia": q}, [], 1, ValueError, "all objects of the process"),
+            ({"setJointAnglesPo": q}, [], 1, KeyError, 'nearest is "setJointAnglesPos"'),
+            ({"setJointAnglePos": q[0]}, [], 1, TypeError, 'setJointAnglePos takes an argument'),
+            ({("setJointAnglesPos", 3): q}, [], 1, TypeError, "takes no"),
+            ({("setJointAnglePos", 15): q[0]}, [], 1, IndexError, "expected 0 to 14"),
+            ({("setJointAnglePos", "Knee"): q[0]}, [], 1, KeyError, "KneePitch"),
+            ({"setJointAnglesPos": q}, ["getPos"], 1, KeyError, "getPose"),
+            ({"setJointAnglesPos": q}, "getMass", 1, TypeError, "list of outputs"),
+            ({"setJointAnglesPos": q}, [("getMass", 1, 2)], 1, TypeError, "a name or a tuple"),
+            ({"setJointAnglesPos": q}, [], 0, ValueError, "at least 1"),
+            ({"setJointAnglesPos": q}, [], 1.5, TypeError, "integer"),
+            ([], [], 1, TypeError, "expected evaluate")):
+        with pytest.raises(error, match=message):
+            robot.evaluate(inputs, outputs, threads)
+
+
+def test_evaluate_can_be_interrupted(robot):
+    many = {"setJointAnglesPos": np.broadcast_to(np.float32(0.1), (10**7, 15))}
+    timer = threading.Timer(0.3, os.kill, (os.getpid(), signal.SIGINT))
+    timer.start()
+    start = time.monotonic()
+    with pytest.raises(KeyboardInterrupt):
+        robot.evaluate(many, [("getJointAngleTorque", 0)])
+    assert time.monotonic() - start < 0.3 + 0.5  # 0.1 s, and more on a machine that is busy
+
+
+def test_masses_can_change_only_while_no_evaluation_runs(robot):
+    many = {"setJointAnglesPos": np.zeros((300000, 15), np.float32)}
+    results = []
+    thread = threading.Thread(target=lambda: results.append(robot.evaluate(many, ["getMass", "getComPositionInRoot"])))
+    thread.start()
+    while thread.is_alive():
+        lumo.Plugin().create()
+    for values in results[0].values():
+        assert (values == values[0]).all()
+
+
+def test_python_can_end_while_evaluate_runs():
+    code = """if True:
+        import threading, time, lumo, numpy as np
+        robot = lumo.Plugin().create()
+        q = np.broadcast_to(np.float32(0.1), (10**8, 15))
+        threading.Thread(target=robot.evaluate, args=({"setJointAnglesPos": q}, [("getJointAnglePos", 0)], 1),
+                         daemon=True).start()
+        time.sleep(0.2)
+        print("end")
+    """
+    assert run(code)[:2] == (0, "end\n")
+
+
+def test_the_first_example_of_the_document_prints_what_it_says():
+    document = (HERE / "../../docs/python.md").read_text()
+    code, output = re.search(r"```python\n(.*?)```.*?```\n(.*?)```", document, re.DOTALL).groups()
+    assert run(code) == (0, output, "")
