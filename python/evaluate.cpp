@@ -19,32 +19,6 @@ constexpr std::size_t batch = 64;  // states that a thread takes at once
 /// What to do for one state. The vector is for the numbers of an input.
 using Step = std::function<void(System&, std::size_t state, std::vector<float>& floats)>;
 
-// Computations. `angles` is any computation that takes over the joint angles.
-enum : unsigned { exceptRoot = 1, onlyRoot = 2, inverseDynamics = 4, massMatrix = 8, angles = 16 };
-
-/// The computations that a result needs, as docs/freshness.md says.
-unsigned computationsOf(const std::string& name, bool hasIndex, std::size_t index) {
-  constexpr unsigned world = exceptRoot | onlyRoot;
-  static const std::map<std::string, unsigned> all = {
-      {"getPoseInRoot", exceptRoot},
-      {"getJacobianInRoot", exceptRoot},
-      {"getComPositionInRoot", exceptRoot},
-      {"getPose", world},
-      {"getComPosition", world},
-      {"computePartialComPositionInRoot", exceptRoot},
-      {"getGeneralizedMass", angles | massMatrix},
-      {"computePartialComJacobian", angles},
-      {"getJointAngleTorque", inverseDynamics},
-      {"getJointAnglesTorque", inverseDynamics},
-  };
-  if (hasIndex && index == 0) {  // the root
-    if (name == "getPose" || name == "getComPosition") return 0;
-    if (name == "computePartialComPositionInRoot") return world;
-  }
-  const auto found = all.find(name);
-  return found == all.end() ? 0 : found->second;
-}
-
 void addComputations(unsigned needed, std::vector<Step>& steps) {
   if ((needed & angles) != 0 && (needed & inverseDynamics) == 0) needed |= exceptRoot;
   const std::pair<unsigned, void (System::*)()> computations[] = {
@@ -178,7 +152,12 @@ py::dict Evaluate::operator()(const System& robot, const py::dict& inputs, const
   if (py::isinstance<py::str>(outputs)) raise(PyExc_TypeError, "expected a list of outputs, got a name");
   for (const py::handle key : outputs) {
     const auto [getter, name, hasIndex, index] = select(getters_, "output", robot, key);
-    needed |= computationsOf(name, hasIndex, index);
+    const bool isRoot = hasIndex && index == 0;
+    if (isRoot && name == "computePartialComPositionInRoot") {
+      needed |= world;                                     // It is the centre of mass of the robot in the world.
+    } else if (!isRoot || getter.computations != world) {  // The root's pose is an input.
+      needed |= getter.computations;
+    }
     const Shape shape = getter.get(*clones[0], index, nullptr);
     py::array result(getter.type, shape.sizes({static_cast<py::ssize_t>(count)}));
     const auto bytes = static_cast<std::size_t>(shape.size() * getter.type.itemsize());

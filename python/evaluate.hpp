@@ -11,6 +11,19 @@
 
 namespace lumo::python {
 
+/// The computations that a result needs, as docs/freshness.md says. `angles` is any one that takes over the joint
+/// angles.
+enum Computations : unsigned {
+  none = 0,
+  exceptRoot = 1,
+  onlyRoot = 2,
+  inverseDynamics = 4,
+  angles = 8,
+  massMatrix = 16,
+  world = exceptRoot | onlyRoot,
+  anglesAndMassMatrix = angles | massMatrix,
+};
+
 /// Evaluates many states in one call: sets inputs, runs the computations that the outputs need, and stores the outputs,
 /// for each state. Holds a table of the inputs and one of the outputs.
 class Evaluate {
@@ -26,7 +39,7 @@ class Evaluate {
 
   /// Adds an operation with a result as an output.
   template <bool hasIndex, typename Result, typename Operation>
-  void addOutput(const std::string& name, Operation operation, const Indexed& of) {
+  void addOutput(const std::string& name, Operation operation, const Indexed& of, Computations computations) {
     using Kept = std::conditional_t<std::is_same_v<Result, OX::Math::Transform>, PoseMatrix, Result>;
     using Number = typename decltype(blockOf(std::declval<const Kept&>()))::Number;
     const auto get = [operation](System& system, std::size_t index, void* to) {
@@ -35,7 +48,7 @@ class Evaluate {
       if (to != nullptr) block.copyTo(static_cast<Number*>(to));
       return block.shape;
     };
-    getters_.insert({{name, hasIndex}, {of, py::dtype::of<Number>(), get}});
+    getters_.insert({{name, hasIndex}, {of, computations, py::dtype::of<Number>(), get}});
   }
 
   py::dict operator()(const System& robot, const py::dict& inputs, const py::object& outputs,
@@ -50,6 +63,7 @@ class Evaluate {
   };
   struct Getter {
     const Indexed& of;
+    Computations computations;
     py::dtype type;
     /// Returns the shape of the result and copies the result, unless `to` is nullptr.
     std::function<Shape(System&, std::size_t index, void* to)> get;

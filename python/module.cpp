@@ -168,18 +168,19 @@ class Operations : public py::class_<Robot> {
   /// text starts with its call, and the first has the parameters of all. `of` says what an index or a name refers to.
   template <typename Result, typename... Arguments>
   void op(const char* name, const char* parameters, Result (System::*operation)(Arguments...) const, const char* text,
-          const Indexed& of = body) {
-    add<Result, std::decay_t<Arguments>...>(name, parameters, operation, text, of);
+          const Indexed& of = body, Computations computations = none) {
+    add<Result, std::decay_t<Arguments>...>(name, parameters, operation, text, of, computations);
   }
   template <typename Result, typename... Arguments>
   void op(const char* name, const char* parameters, Result (System::*operation)(Arguments...), const char* text,
-          const Indexed& of = body) {
-    add<Result, std::decay_t<Arguments>...>(name, parameters, operation, text, of);
+          const Indexed& of = body, Computations computations = none) {
+    add<Result, std::decay_t<Arguments>...>(name, parameters, operation, text, of, computations);
   }
 
   /// Adds any function of a system as an operation.
   template <typename Result, typename... Arguments, typename Operation>
-  void add(const char* name, const char* parameters, Operation operation, const char* text, const Indexed& of = body) {
+  void add(const char* name, const char* parameters, Operation operation, const char* text, const Indexed& of = body,
+           Computations computations = none) {
     addFunction(name, parameters, text, [=, &of](Robot& robot, Any<Arguments>... values) {
       System& system = *robot.system;
       const std::tuple kept{fromPython<Arguments>(system, of, values)...};
@@ -199,7 +200,7 @@ class Operations : public py::class_<Robot> {
     if constexpr (std::is_void_v<Result> && values == 1) {
       evaluate->addInput<hasIndex, std::tuple_element_t<hasIndex, std::tuple<Arguments...>>>(name, operation, of);
     } else if constexpr (!std::is_void_v<Result> && values == 0 && !std::is_same_v<std::decay_t<Result>, std::string>) {
-      evaluate->addOutput<hasIndex, std::decay_t<Result>>(name, operation, of);
+      evaluate->addOutput<hasIndex, std::decay_t<Result>>(name, operation, of, computations);
     }
   }
 
@@ -347,14 +348,16 @@ void addOperations(Operations& robot) {
         system.computePartialComJacobian(of, J);
         return J;
       },
-      "3 x 21: mass times Jacobian of the centre of mass of all bodies but one, in world axes.");
+      "3 x 21: mass times Jacobian of the centre of mass of all bodies but one, in world axes.", body, angles);
   robot.op(
       "computePartialComPositionInRoot", "body", &System::computePartialComPositionInRoot,
       "Centre of mass of all bodies but one in the root's frame (m). Beware: for body 0 it is getComPosition(), in\n"
-      "the world.");
+      "the world.",
+      body, exceptRoot);
 
-  robot.op("getPoseInRoot", "body", &System::getPoseInRoot, "Pose of a body in the root's frame. View.");
-  robot.op("getPose", "body", &System::getPose, "Pose of a body in the world. View.");
+  robot.op("getPoseInRoot", "body", &System::getPoseInRoot, "Pose of a body in the root's frame. View.", body,
+           exceptRoot);
+  robot.op("getPose", "body", &System::getPose, "Pose of a body in the world. View.", body, world);
   robot.op("setPose", "body, pose", &System::setPose,
            "Overwrites a body's pose in the world until it is computed again.");
   robot.op("getVolatilePose", "frame", &System::getVolatilePose, "A pose that no computation reads or writes. View.",
@@ -362,26 +365,30 @@ void addOperations(Operations& robot) {
   robot.op("setVolatilePose", "frame, pose", &System::setVolatilePose, "Sets the pose that getVolatilePose() returns.",
            frame);
   robot.op("getComPosition", "body=...", py::overload_cast<Index>(&System::getComPosition, py::const_),
-           "getComPosition(body): centre of mass of one body in the world (m).");
+           "getComPosition(body): centre of mass of one body in the world (m).", body, world);
   robot.op("getComPositionInRoot", "", &System::getComPositionInRoot,
-           "Centre of mass of the robot in the root's frame (m). View.");
+           "Centre of mass of the robot in the root's frame (m). View.", body, exceptRoot);
   robot.op("getComPosition", nullptr, py::overload_cast<>(&System::getComPosition, py::const_),
-           "getComPosition(): centre of mass of the robot in the world (m). View.");
+           "getComPosition(): centre of mass of the robot in the world (m). View.", body, world);
 
   robot.op("getGeneralizedMass", "", &System::getGeneralizedMass,
-           "21 x 21, in the order of the coordinates: the root's six in its axes, then the joint angles. View.");
+           "21 x 21, in the order of the coordinates: the root's six in its axes, then the joint angles. View.", body,
+           anglesAndMassMatrix);
   robot.op(
       "getJacobianInRoot", "", &System::getJacobianInRoot,
       "6 x 21, rows angular then linear: the velocity, at the root's origin in its frame, that a unit rate of each\n"
-      "coordinate gives the body whose joint has it. View.");
+      "coordinate gives the body whose joint has it. View.",
+      body, exceptRoot);
   robot.op("getParentsVector", "", &System::getParentsVector, "Per body, its parent; -1 for the root.");
   robot.op("getDofNumbersVector", "", &System::getDofNumbersVector, "Per body, how many coordinates it has.");
   robot.op("getDofIndexesVector", "", &System::getDofIndexesVector, "Per body, the index of its first coordinate.");
 
   robot.op("computeInverseDynamics", "", &System::computeInverseDynamics,
            "The joint torques that give the set accelerations at the set positions, velocities and wrenches.");
-  robot.op("getJointAngleTorque", "joint", &System::getJointAngleTorque, "Torque of one joint (N m).", joint);
-  robot.op("getJointAnglesTorque", "", &System::getJointAnglesTorque, "Torques of all 15 joints (N m). View.");
+  robot.op("getJointAngleTorque", "joint", &System::getJointAngleTorque, "Torque of one joint (N m).", joint,
+           inverseDynamics);
+  robot.op("getJointAnglesTorque", "", &System::getJointAnglesTorque, "Torques of all 15 joints (N m). View.", body,
+           inverseDynamics);
 
   robot.addFunction(
       "evaluate", "inputs, outputs, threads=None", evaluateText,

@@ -1,6 +1,6 @@
 #!/bin/bash
 # Times the operations of the plug-in, each as the shortest of many short runs. It prints a table.
-#   scripts/bench.sh                     beside two other libraries; also draws build/performance.svg
+#   scripts/bench.sh                     beside two other libraries and in Python; draws build/performance.svg
 #   scripts/bench.sh --against COMMIT    beside the plug-in of another commit with the same interface
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
@@ -14,7 +14,7 @@ case "$#:${1:-}" in
 esac
 
 install_missing "${bench_packages[@]}"
-build release bench_passes bench_peers
+build release bench_passes bench_peers bench_states lumo_python
 plugin=build/release/lib/lumo/norvaX3.so
 compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' build/release/CMakeCache.txt)
 if [[ -n $commit ]]; then
@@ -58,4 +58,9 @@ done
 step="making the table"
 echo
 python3 scripts/bench_table.py "$scratch" "${2:-}"
+if [[ -z $commit ]]; then
+  step="timing the Python module"
+  echo
+  PYTHONPATH=build/release/python /usr/bin/python3 benchmarks/bench_python.py
+fi
 echo "Compiled by $("$compiler" --version | head -n 1)"

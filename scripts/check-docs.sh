@@ -25,7 +25,7 @@ message=$(sed -n 's/^ *print(error)  # //p' "$scratch/docs.py")
 [[ -n $message ]]
 grep -qxF "$message" "$scratch/output"
 step="writing the reference of the public headers and building the benchmarks"
-cmake --build --preset release --target docs bench_passes bench_peers
+cmake --build --preset release --target docs bench_passes bench_peers bench_states
 for program in bench_passes bench_peers; do
   step="running $program"
   "build/release/bin/$program" --benchmark_min_time=0 >"$scratch/log" 2>&1 || { cat "$scratch/log"; exit 1; }

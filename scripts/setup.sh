@@ -30,7 +30,8 @@ all_packages=(help2man libgtest-dev libmpfr-dev liburdfdom-dev pybind11-dev pyth
   python3-mypy python3-pytest python3-distributed)
 
 # The packages for the benchmarks.
-bench_packages=(libbenchmark-dev libmujoco-dev liborocos-kdl-dev liburdfdom-dev python3 util-linux)
+bench_packages=(libbenchmark-dev libmujoco-dev liborocos-kdl-dev liburdfdom-dev pybind11-dev python3-dev python3-numpy
+  util-linux)
 
 # Installs the packages that the plug-in and the inspector need and those in the arguments, if they are missing. Needs
 # root only if one is missing.
