@@ -64,14 +64,13 @@ Robot clone(const Robot& robot) { return {robot.name, robot.library, robot.syste
 std::string describe(const Robot& robot) {
   const System& system = *robot.system;
   const PoseMatrix root(system.getRootPose());
-  std::ostringstream text;
-  text << "<lumo.RigidBodySystem " << robot.name << ": root at (" << root.rows[3] << ", " << root.rows[7] << ", "
-       << root.rows[11] << ") m";
+  std::ostringstream angles, text;
   for (std::size_t k = 0; k < system.getNbJointAngles(); ++k) {
     const float angle = system.getJointAnglePos(k);
-    if (angle != 0) text << ", " << system.getJointAngleName(k) << ' ' << angle << " rad";
+    if (angle != 0) angles << ", " << system.getJointAngleName(k) << ' ' << angle << " rad";
   }
-  text << (text.str().back() == 'm' ? ", all joint angles 0>" : ">");
+  text << "<lumo.RigidBodySystem " << robot.name << ": root at (" << root.rows[3] << ", " << root.rows[7] << ", "
+       << root.rows[11] << ") m" << (angles.str().empty() ? ", all joint angles 0" : angles.str()) << ">";
   return text.str();
 }
 
@@ -290,10 +289,15 @@ void addOperations(Operations& robot) {
   robot.op("getBodyName", "body", &System::getBodyName, "Name of a body.");
   robot.add<Index, Name>("getBodyId", "name", index, "Index of the body of this name.", body);
 
-  robot.op("setBodyInertia", "body, mass, com, inertia", &System::setBodyInertia,
-           "Replaces the mass properties of a body FOR ALL OBJECTS OF THE PROCESS: mass (kg), centre of mass (m, body\n"
-           "frame), and the 3 x 3 rotational inertia about it (kg m^2, body axes), of which the upper triangle is not "
-           "read.");
+  robot.add<void, Index, float, OX::Math::Position3D, Eigen::Matrix3f>(
+      "setBodyInertia", "body, mass, com, inertia",
+      [](System& system, const auto&... arguments) {
+        const auto lock = lockMasses();
+        system.setBodyInertia(arguments...);
+      },
+      "Replaces the mass properties of a body FOR ALL OBJECTS OF THE PROCESS: mass (kg), centre of mass (m, body\n"
+      "frame), and the 3 x 3 rotational inertia about it (kg m^2, body axes), of which the upper triangle is not "
+      "read.");
   robot.op("getMass", "body=...", py::overload_cast<>(&System::getMass, py::const_), "getMass(): total mass (kg).");
   robot.op("getPartialMass", "body", &System::getPartialMass, "Mass of all bodies but one (kg).");
   robot.op("getMass", nullptr, py::overload_cast<Index>(&System::getMass, py::const_),
