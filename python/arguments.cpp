@@ -91,7 +91,7 @@ py::array toRealArray(py::handle value, const std::string& label) {
 
 template <typename Number>
 float rounded(Number x) {
-  if (std::abs(x) > Number(std::numeric_limits<float>::max()) && std::isfinite(x)) {
+  if (sizeof x > sizeof(float) && std::abs(x) > Number(std::numeric_limits<float>::max()) && std::isfinite(x)) {
     throw std::invalid_argument("expected numbers of at most 3.4e38, got a larger one");
   }
   return static_cast<float>(x);
