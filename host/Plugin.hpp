@@ -1,6 +1,6 @@
 #pragma once
 
-#include <algorithm>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -55,7 +55,7 @@ class Plugin {
     // dlopen would end the process if the file were cut off. A linker writes the table of sections last.
     ElfW(Ehdr) header = {};
     std::ifstream(file).read(reinterpret_cast<char*>(&header), sizeof header);
-    const bool isLibrary = std::equal(ELFMAG, ELFMAG + SELFMAG, header.e_ident);
+    const bool isLibrary = std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0;
     std::error_code error;
     if (isLibrary && std::filesystem::file_size(file, error) < header.e_shoff + header.e_shnum * header.e_shentsize) {
       throw std::runtime_error("cannot load the plug-in: " + path + " is not complete");

@@ -107,13 +107,13 @@ bool holds(const py::array& array) {
 }  // namespace
 
 template <typename Number>
-void Numbers::readAs(std::size_t i, std::vector<float>& floats) const {
-  floats.resize(static_cast<std::size_t>(shape_.size()));
+void Numbers::readAs(const Numbers& numbers, std::size_t i, std::vector<float>& floats) {
+  floats.resize(static_cast<std::size_t>(numbers.shape_.size()));
   float* to = floats.data();
-  const char* row = data_ + static_cast<py::ssize_t>(i) * valueStride_;
-  for (py::ssize_t r = 0; r < shape_.rows; ++r, row += rowStride_) {
-    for (py::ssize_t c = 0; c < shape_.columns; ++c) {
-      *to++ = rounded(*reinterpret_cast<const Number*>(row + c * columnStride_));
+  const char* row = numbers.data_ + static_cast<py::ssize_t>(i) * numbers.valueStride_;
+  for (py::ssize_t r = 0; r < numbers.shape_.rows; ++r, row += numbers.rowStride_) {
+    for (py::ssize_t c = 0; c < numbers.shape_.columns; ++c) {
+      *to++ = rounded(*reinterpret_cast<const Number*>(row + c * numbers.columnStride_));
     }
   }
 }
@@ -158,7 +158,7 @@ float toFloat(py::handle value) {
   const double number = isUsual ? PyFloat_AsDouble(value.ptr()) : 0;
   if (isUsual && PyErr_Occurred() == nullptr) return rounded(number);
   PyErr_Clear();
-  std::vector<float> floats;
+  std::vector<float> floats(1);
   Numbers(value, {0, 1, 1}).read(0, floats);
   return floats[0];
 }

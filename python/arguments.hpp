@@ -63,18 +63,18 @@ class Numbers {
 
   std::size_t count() const { return areMany_ ? static_cast<std::size_t>(array_.shape(0)) : 1; }
   /// Sets `floats` to value i, by rows. Does not need Python's lock. Throws std::invalid_argument.
-  void read(std::size_t i, std::vector<float>& floats) const { (this->*read_)(i, floats); }
+  void read(std::size_t i, std::vector<float>& floats) const { read_(*this, i, floats); }
 
  private:
   template <typename Number>
-  void readAs(std::size_t i, std::vector<float>& floats) const;
+  static void readAs(const Numbers& numbers, std::size_t i, std::vector<float>& floats);
 
   Shape shape_;
   bool areMany_;
   py::array array_;
   const char* data_;
   py::ssize_t valueStride_, rowStride_, columnStride_;
-  void (Numbers::*read_)(std::size_t, std::vector<float>&) const;
+  void (*read_)(const Numbers&, std::size_t, std::vector<float>&);
 };
 
 float toFloat(py::handle value);

@@ -7,6 +7,7 @@
 #include <memory>
 #include <shared_mutex>
 #include <stdexcept>
+#include <tuple>
 
 namespace lumo::python {
 
@@ -29,23 +30,15 @@ void addComputations(unsigned needed, std::vector<Step>& steps) {
   };
   for (const auto& [bit, compute] : computations) {
     if ((needed & bit) == 0) continue;
-    steps.emplace_back([compute = compute](System& system, std::size_t, auto&) { (system.*compute)(); });
+    steps.emplace_back([compute = compute](System& system, std::size_t, auto&) { std::invoke(compute, system); });
   }
 }
 
-/// An entry of a table and the index that a key selects.
+/// Looks up a key, a name or a tuple of a name and an argument. Returns also the name, and the index if there is one.
 template <typename Entry>
-struct Selected {
-  const Entry& entry;
-  std::string name;
-  bool hasIndex;
-  std::size_t index;
-};
-
-/// Looks up a key: a name, or a tuple of a name and an argument.
-template <typename Entry>
-Selected<Entry> select(const std::map<std::pair<std::string, bool>, Entry>& table, const char* noun,
-                       const System& system, py::handle key) {
+std::tuple<const Entry&, std::string, bool, std::size_t> select(
+    const std::map<std::pair<std::string, bool>, Entry>& table, const char* noun, const System& system,
+    py::handle key) {
   const py::tuple parts = py::isinstance<py::tuple>(key) ? py::reinterpret_borrow<py::tuple>(key) : py::make_tuple(key);
   if (parts.empty() || parts.size() > 2 || !PyUnicode_Check(py::object(parts[0]).ptr())) {
     raise(PyExc_TypeError, "expected a name or a tuple (name, body or joint) as an {}, got {!r}", noun, key);
@@ -99,19 +92,16 @@ void run(const std::vector<Step>& steps, std::size_t count, const std::vector<st
     }
   };
   std::vector<std::future<void>> workers;  // whose destructors wait
-  try {
-    for (const auto& clone : clones) workers.push_back(std::async(std::launch::async, work, std::ref(*clone)));
-    for (const auto& worker : workers) {
-      while (worker.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready) {
-        if (isPythonEnding) throw std::runtime_error("evaluate was stopped, because Python ends");
-        const py::gil_scoped_acquire locked;
-        if (PyErr_CheckSignals() != 0) throw py::error_already_set();
-      }
+  workers.reserve(clones.size());
+  const std::shared_ptr<void> atEnd(nullptr, [&](void*) { isStopped = true; });
+  for (const auto& clone : clones) workers.push_back(std::async(std::launch::async, work, std::ref(*clone)));
+  for (auto& worker : workers) {
+    while (worker.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready) {
+      if (isPythonEnding) throw std::runtime_error("evaluate was stopped, because Python ends");
+      const py::gil_scoped_acquire locked;
+      if (PyErr_CheckSignals() != 0) throw py::error_already_set();
     }
-    for (auto& worker : workers) worker.get();
-  } catch (...) {
-    isStopped = true;
-    throw;
+    worker.get();
   }
 }
 

@@ -180,7 +180,7 @@ class Operations : public py::class_<Robot> {
   template <typename Result, typename... Arguments, typename Operation>
   void add(const char* name, const char* parameters, Operation operation, const char* text, const Indexed& of = body,
            Computations computations = none) {
-    addFunction(name, parameters, text, [=, &of](Robot& robot, Any<Arguments>... values) {
+    addFunction(name, parameters, text, [=](Robot& robot, Any<Arguments>... values) {
       System& system = *robot.system;
       const std::tuple kept{fromPython<Arguments>(system, of, values)...};
       const auto call = [&](const auto&... each) -> Result {
@@ -194,7 +194,8 @@ class Operations : public py::class_<Robot> {
         return toPython<Result>(robot, std::apply(call, kept));
       }
     });
-    constexpr bool hasIndex = std::is_same_v<std::tuple_element_t<0, std::tuple<Arguments..., void>>, std::size_t>;
+    using First = std::tuple_element_t<0, std::tuple<Arguments..., void>>;
+    constexpr bool hasIndex = std::is_same_v<First, std::size_t>;
     constexpr std::size_t values = sizeof...(Arguments) - hasIndex;
     if constexpr (std::is_void_v<Result> && values == 1) {
       evaluate->addInput<hasIndex, std::tuple_element_t<hasIndex, std::tuple<Arguments...>>>(name, operation, of);
@@ -405,7 +406,10 @@ void addOperations(Operations& robot) {
 
 }  // namespace
 
+}  // namespace lumo::python
+
 PYBIND11_MODULE(lumo, module) {
+  using namespace lumo::python;
   py::dtype::of<float>();  // Makes pybind11 load NumPy now. Two threads that did it later would deadlock.
   py::options options;
   options.disable_function_signatures();
@@ -448,11 +452,9 @@ PYBIND11_MODULE(lumo, module) {
   stopEvaluationsAtExit();
 }
 
-}  // namespace lumo::python
-
 /// What Python calls to import the module. In a sub-interpreter, pybind11 would wait for ever.
-extern "C" PYBIND11_EXPORT PyObject* PyInit__lumo() {
-  if (PyInterpreterState_Get() == PyInterpreterState_Main()) return lumo::python::PyInit_lumo();
+PYBIND11_PLUGIN_IMPL(_lumo) {
+  if (PyInterpreterState_Get() == PyInterpreterState_Main()) return PyInit_lumo();
   PyErr_SetString(PyExc_ImportError, "lumo can only be imported in the main interpreter");
   return nullptr;
 }

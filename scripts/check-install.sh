@@ -26,7 +26,8 @@ use() {
   step="using the Python module of $tree"
   # Debian's Python searches below a prefix in the folders that getsitepackages() returns.
   PYTHONPATH=$(/usr/bin/python3 -c 'import site, sys; print(*site.getsitepackages(sys.argv[1:]), sep=":")' "$tree") \
-    /usr/bin/python3 -c "import lumo; lumo.Plugin().create()"
+    /usr/bin/python3 -c "import lumo, os; lumo.Plugin().create(); here = os.path.dirname(lumo.__file__)
+assert {'py.typed', '__init__.pyi'} <= set(os.listdir(here))"
   for flags in "" -mavx; do
     [[ -z $flags ]] || grep -qw avx /proc/cpuinfo || continue
     step="building the example host $flags against $tree"
