@@ -164,8 +164,9 @@ py::dict Evaluate::operator()(const System& robot, const py::dict& inputs, const
   const std::size_t most = std::min(toThreads(threads), (count + batch - 1) / batch);
   while (clones.size() < most) clones.push_back(robot.clone());
   {
+    std::shared_lock lock(masses, std::defer_lock);  // released after Python's lock is taken: Python cannot end before
     const py::gil_scoped_release unlocked;
-    const std::shared_lock lock(masses);
+    lock.lock();
     run(steps, count, clones);
   }
   return results;
