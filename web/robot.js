@@ -1,0 +1,563 @@
+// @ts-check
+"use strict";
+
+/** @typedef {{name: string, mass: number, position: number[], rotation: number[], com: number[]}} BodyReport */
+/** @typedef {{mass: number, com: number[], bodies: BodyReport[], joints: {torque: number}[],
+ *   generalized_mass: number[][]}} Report as lumo-inspect writes it */
+/** @typedef {{q: number[], wrench: number[], loaded: number, base: number}} State the coordinates; a wrench on the body
+ *   `loaded`; the body that is fixed in the world */
+/** @typedef {{times: number[], states: Float32Array, step: number, curves: number[]}} Log for every step-th row, the
+ *   curves have 15 torques and the position of the centre of mass */
+
+/** @type {(id: string) => any} */
+const $ = (id) => document.getElementById(id);
+const ROOT = ["x", "y", "z", "roll", "pitch", "yaw"], WRENCH = ["fx", "fy", "fz", "tx", "ty", "tz"];
+const RED = "#d0473f", GREEN = "#3f9a4a", BLUE = "#3f6fd0", ACCENT = "#c2203a";
+const ZERO = [0, 0, 0.75, ...Array(18).fill(0)];
+const HANGING = [0, 0, 0.75, 0, 0, 0, 0, 0, 1.5, 0.1, -0.3, -0.35, 0, 0, 0, 0, 1.5, -0.1, 0.3, 0.35, 0];
+
+/** Makes an element. @returns {any} */
+function make(tag, properties = {}, ...children) {
+  const node = Object.assign(document.createElement(tag), properties);
+  node.append(...children);
+  return node;
+}
+/** Writes a float with the fewest digits that identify it. @param {number} x */
+function shortest(x) {
+  const short = (digits) => Number(x.toPrecision(digits));
+  return String(short([1, 2, 3, 4, 5, 6, 7, 8].find((n) => Math.fround(short(n)) === Math.fround(x)) || 9));
+}
+const list = (values) => values.map(shortest).join(",");
+/** Writes a number with this many digits after the point, and no -0. @param {number} x */
+const fixed = (x, digits = 4) => x.toFixed(digits).replace(/^-(0\.?0*)$/, "$1");
+
+/** Reads a log. Throws an Error that names line and column. @param {string} csv @param {string[]} known the columns that
+ * it may have besides the time */
+function readLog(csv, known) {
+  const fail = (line, c, what) => { throw Error(`line ${line}, column ${c + 1}${what}`); };
+  const lines = csv.trimEnd().split(/\r?\n/), names = lines[0].split(",").map((name) => name.trim());
+  const columns = names.map((name) => known.indexOf(name)), count = lines.length - 1;
+  names.forEach((name, c) => {
+    if (name !== "time" && columns[c] < 0) fail(1, c, `: there is no joint "${name}"`);
+    if (names.indexOf(name) < c) fail(1, c, `: the column "${name}" occurs twice`);
+  });
+  if (!names.includes("time")) throw Error("line 1: the column \"time\" is missing");
+  if (!count) throw Error("line 2: there is no row of values");
+  const times = [], states = new Float32Array(count * known.length);
+  for (let i = 0; i < count; ++i) {
+    const cells = lines[i + 1].split(","), row = i * known.length;
+    states.set(ZERO, row);
+    names.forEach((name, c) => {
+      const cell = cells[c] || "", value = Number(cell);
+      if (c >= cells.length) fail(i + 2, c, ` (${name}): the value is missing`);
+      if (!cell.trim() || !Number.isFinite(value)) fail(i + 2, c, ` (${name}): "${cell}" is not a number`);
+      if (columns[c] >= 0) states[row + columns[c]] = value;
+      else if (value < times[i - 1]) fail(i + 2, c, " (time): the time runs backwards");
+      else times.push(value);
+    });
+    if (cells.length > names.length) fail(i + 2, names.length, ": the first line does not name this column");
+  }
+  return {times, states};
+}
+
+/** Makes the scene. All poses and positions in it are those of the report. @param {(body: number) => void} choose is
+ * called with the body to which the pointer points, or -1 */
+function makeScene(model, choose) {
+  const canvas = $("scene"), renderer = new THREE.WebGLRenderer({canvas, antialias: true, alpha: true});
+  const scene = new THREE.Scene(), camera = new THREE.PerspectiveCamera(32, 1, 0.05, 200);
+  const vector = (x = 0, y = 0, z = 0) => new THREE.Vector3(x, y, z), up = vector(0, 0, 1);
+  camera.up.copy(up);
+  const controls = Object.assign(new THREE.OrbitControls(camera, canvas), {enableKeys: false});
+  const light = new THREE.DirectionalLight("white", 0.55);
+  light.position.set(2, -1, 4);
+  scene.add(new THREE.HemisphereLight("#ffffff", "#9aa0aa", 0.75), light);
+
+  const cylinder = new THREE.CylinderGeometry(1, 1, 1, 20), ball = new THREE.SphereGeometry(1, 32, 20);
+  const add = (parent, shape, material, size, body = -1) => {
+    const mesh = new THREE.Mesh(shape, material);
+    mesh.scale.set(...size);
+    mesh.userData.body = body;
+    parent.add(mesh);
+    return mesh;
+  };
+  const glass = {transparent: true, opacity: 0.26, depthWrite: false};
+  const bodies = model.bodies.map(({limb, radius}, b) => {
+    const frame = new THREE.Group(), color = new THREE.Color(model.limbs[limb].colour).lerp(new THREE.Color("white"), 0.12);
+    const look = new THREE.MeshLambertMaterial({color}), mist = new THREE.MeshLambertMaterial({...glass, color});
+    frame.matrixAutoUpdate = false;
+    scene.add(frame);
+    // The joint turns about the z axis of the body.
+    if (b > 0) add(frame, cylinder, look, [0.017, 0.05, 0.017], b).rotation.x = Math.PI / 2;
+    return {frame, look, mass: add(scene, ball, mist, [radius, radius, radius], b)};
+  });
+  const links = model.links.map(([body, end]) => {
+    const thick = body === 0 ? 0.014 : 0.011;
+    return {mesh: add(scene, cylinder, bodies[body].look, [thick, 1, thick], body), body, end};
+  });
+  const corners = model.links.filter(([body]) => body === 0).map(([, end]) => end), torso = new THREE.Geometry();
+  torso.vertices = corners.map(() => vector());
+  torso.faces = [[0, 1, 2], [0, 1, 3], [0, 2, 3], [1, 2, 3]].map((face) => new THREE.Face3(...face));
+  const side = new THREE.MeshBasicMaterial({...glass, color: bodies[0].look.color, side: THREE.DoubleSide});
+  add(scene, torso, side, [1, 1, 1], 0).frustumCulled = false;
+  const accent = new THREE.MeshLambertMaterial({color: ACCENT}), com = add(scene, ball, accent, [0.022, 0.022, 0.022]);
+  const plumb = add(scene, cylinder, accent, [0.0025, 1, 0.0025]);
+  const axis = new THREE.ArrowHelper(up, vector(), 0.16, ACCENT, 0.04, 0.022), grid = new THREE.GridHelper(4, 20);
+  grid.rotation.x = Math.PI / 2;
+  Object.assign(grid.material, {vertexColors: THREE.NoColors, color: new THREE.Color("#8d96a3"), ...glass});
+  scene.add(grid, ...[RED, GREEN, BLUE].map((colour, i) =>
+    new THREE.ArrowHelper(vector().setComponent(i, 1), vector(), 0.25, colour, 0.05, 0.025)));
+
+  /** Places a cylinder between two points. */
+  const between = (mesh, from, to) => {
+    const a = vector(...from), way = vector(...to).sub(a), length = Math.max(1e-6, way.length());
+    mesh.position.copy(a).addScaledVector(way, 0.5);
+    mesh.scale.y = length;
+    mesh.quaternion.setFromUnitVectors(vector(0, 1, 0), way.divideScalar(length));
+  };
+  /** @param {Report} report */
+  const draw = (report) => {
+    report.bodies.forEach(({position: p, rotation: R, com: at}, b) => {
+      bodies[b].frame.matrix.set(R[0], R[1], R[2], p[0], R[3], R[4], R[5], p[1], R[6], R[7], R[8], p[2], 0, 0, 0, 1);
+      bodies[b].frame.matrixWorldNeedsUpdate = true;
+      bodies[b].mass.position.set(...at);
+    });
+    for (const {mesh, body, end} of links) {
+      const to = report.bodies[end];
+      between(mesh, report.bodies[body].position, body === end ? to.com : to.position);
+    }
+    corners.forEach((b, i) => torso.vertices[i].set(...report.bodies[b].position));
+    torso.verticesNeedUpdate = true;
+    com.position.set(...report.com);
+    between(plumb, report.com, [report.com[0], report.com[1], 0]);
+    render();
+  };
+  const render = () => renderer.render(scene, camera);
+  controls.addEventListener("change", render);
+  renderer.setPixelRatio(Math.min(devicePixelRatio, 2));
+  new ResizeObserver(() => {
+    const {clientWidth: width, clientHeight: height} = $("view");
+    renderer.setSize(width, height, false);
+    camera.aspect = width / Math.max(1, height);
+    camera.updateProjectionMatrix();
+    render();
+  }).observe($("view"));
+
+  /** Looks at a point from a direction. */
+  const look = (at, from) => {
+    controls.target.set(...at);
+    camera.position.set(...from).normalize().multiplyScalar(2.7 / Math.min(1, camera.aspect)).add(controls.target);
+    controls.update();
+  };
+  canvas.addEventListener("keydown", ({key, shiftKey}) => {
+    const [x, y] = {ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, 1], ArrowDown: [0, -1]}[key] || [0, 0];
+    const zoom = {"+": 0.9, "=": 0.9, "-": 1.1}[key] || 1, away = camera.position.clone().sub(controls.target);
+    const right = vector().crossVectors(up, away).normalize(), over = vector().crossVectors(away, right).normalize();
+    if (shiftKey) controls.target.addScaledVector(right, -0.05 * x).addScaledVector(over, -0.05 * y);
+    else away.applyAxisAngle(right, -0.08 * y).applyAxisAngle(up, 0.08 * x);
+    camera.position.copy(away.multiplyScalar(zoom)).add(controls.target);
+    controls.update();
+  });
+  const under = ({clientX, clientY}) => {
+    const box = canvas.getBoundingClientRect(), ray = new THREE.Raycaster();
+    ray.setFromCamera({x: 2 * (clientX - box.x) / box.width - 1, y: 1 - 2 * (clientY - box.y) / box.height}, camera);
+    const hits = ray.intersectObjects(scene.children, true).filter(({object}) => object.userData.body >= 0);
+    const hit = hits.find(({object}) => !object.material.transparent) || hits[0];
+    return hit ? hit.object.userData.body : -1;
+  };
+  canvas.addEventListener("pointerdown", (event) => choose(under(event)));
+  canvas.addEventListener("pointermove", (event) => {
+    const body = event.buttons ? -1 : under(event);
+    if (body >= 0) choose(body);
+  });
+  /** Marks a body and the axis of its joint. @param {number} chosen */
+  const mark = (chosen) => {
+    bodies.forEach(({look: own}, b) => own.emissive.set(b === chosen ? "#3a3a3a" : "black"));
+    if (axis.parent) axis.parent.remove(axis);
+    if (chosen > 0) bodies[chosen].frame.add(axis);
+    render();
+  };
+  return {camera, bodies, draw, look, mark};
+}
+
+/** Runs the page. @param {any} code the plug-in and the inspector, compiled to WebAssembly */
+function run(code) {
+  const robot = new code.Robot(), model = JSON.parse(robot.model());
+  /** @type {State} The robot stands on the last body of its leg. */
+  const FIRST = {q: model.greeting, wrench: Array(6).fill(0), loaded: 15, base: 10};
+  let state = FIRST, log = /** @type {Log | null} */ (null), past = /** @type {string[]} */ ([]);
+  let chosen = -1, entry = [16, 16], playing = false, time = 0, waiting = false, settled = 0;
+  const load = () => [state.loaded, ...state.wrench, state.base];
+  const compute = () => /** @type {Report} */ (JSON.parse(robot.report(state.q, load())));
+  let report = compute();
+  const names = report.bodies.map(({name}) => name), coordinates = [...ROOT, ...names.slice(1)];
+  const limbOf = (b) => model.limbs[model.bodies[b].limb], bodyOf = (i) => Math.max(0, i - 5);
+  const scene = makeScene(model, choose), say = (what) => { $("message").textContent = what; };
+
+  // The parts of the page with an entry for each coordinate, joint or body.
+  const listen = (input, set) => input.addEventListener("input", () => {
+    if (input.value === "" || !Number.isFinite(Number(input.value))) return;
+    play(false);
+    set(Math.fround(Number(input.value)));
+    change();
+  });
+  const replaced = (values, i, x) => values.map((old, k) => k === i ? x : old);
+  const limbRow = (b, ...children) => {
+    const row = make("div", {className: "row limb"}, make("span"), ...children);
+    row.style.setProperty("--limb", limbOf(b).colour);
+    row.addEventListener("pointerenter", () => choose(b));
+    return row;
+  };
+  $("state").append(...model.limbs.map(({name, colour}) => {
+    const unit = make("small", {}, name === "torso" ? " m, rad" : " rad");
+    const group = make("fieldset", {className: "limb"}, make("legend", {}, name, unit));
+    group.style.setProperty("--limb", colour);
+    return group;
+  }));
+  const sliders = coordinates.map((name, i) => {
+    const most = i < 3 ? 2 : 3.14, ariaLabel = `${name}, ${i < 3 ? "m" : "rad"}`, body = bodyOf(i);
+    const range = make("input", {type: "range", min: -most, max: most, step: 0.01, ariaLabel, id: `range-${name}`});
+    const number = make("input", {type: "number", step: 0.01, ariaLabel, id: name}), row = limbRow(body, range, number);
+    for (const input of [range, number]) {
+      listen(input, (x) => { state = {...state, q: replaced(state.q, i, x)}; });
+      input.addEventListener("focus", () => choose(body));
+    }
+    row.firstChild.textContent = name;
+    $("state").children[model.bodies[body].limb].append(row);
+    return {row, range, number};
+  });
+  const torques = names.slice(1).map((name, k) => {
+    const value = make("output", {id: `torque-${name}`}), bar = make("i");
+    const row = limbRow(k + 1, make("div", {className: "bar"}, bar), value);
+    row.firstChild.textContent = name;
+    $("torques").append(row);
+    return {row, bar, value};
+  });
+  const forces = WRENCH.map((name, i) => {
+    const input = make("input", {type: "number", step: i < 3 ? 1 : 0.1, id: name});
+    listen(input, (x) => { state = {...state, wrench: replaced(state.wrench, i, x)}; });
+    $("forces").append(make("label", {}, `${name}, ${i < 3 ? "N" : "N m"}`, input));
+    return input;
+  });
+  for (const id of ["base", "loaded"]) {
+    $(id).append(...names.map((name, b) => make("option", {value: b}, name)));
+    listen($(id), (b) => { state = {...state, [id]: b}; });
+  }
+  const columns = ["x", "y", "z", ...[1, 2, 3].flatMap((i) => [1, 2, 3].map((j) => `R${i}${j}`))];
+  const rowOf = (body) => [...body.position, ...body.rotation];
+  $("poses").append(make("tr", {}, ...["", ...columns].map((name) => make("th", {}, name))),
+    ...names.map((name) => make("tr", {}, make("th", {}, name), ...columns.map(() => make("td")))));
+  const cells = [...$("poses").querySelectorAll("td")];
+  for (const id of ["Link", "Command", "C++", "Python"]) {
+    $("texts").append(make("h3", {}, id, make("button", {className: "copy", value: id}, "Copy")), make("pre", {id}));
+  }
+
+  /** Computes the results and shows them. */
+  function show() {
+    report = compute();
+    const fill = (input, value) => { if (document.activeElement !== input) input.value = value; };
+    sliders.forEach(({range, number}, i) => {
+      range.value = String(state.q[i]);
+      fill(number, Number(state.q[i].toFixed(4)));
+    });
+    forces.forEach((input, i) => fill(input, shortest(state.wrench[i])));
+    Object.assign($("base"), {value: state.base});
+    Object.assign($("loaded"), {value: state.loaded});
+    report.com.forEach((value, i) => { $(`com-${"xyz"[i]}`).textContent = fixed(value); });
+    const most = Math.max(0.01, ...report.joints.map(({torque}) => Math.abs(torque)));
+    const power = 10 ** Math.floor(Math.log10(most)), full = ([1, 2, 5].find((n) => n * power >= most) || 10) * power;
+    $("full").textContent = `N m, a full bar is ${shortest(full)}`;
+    report.joints.forEach(({torque}, k) => {
+      torques[k].value.textContent = fixed(torque, 3);
+      torques[k].bar.style.transform = `scaleX(${torque / full})`;
+    });
+    if ($("inertia").open) showMatrix();
+    if ($("table").open) report.bodies.flatMap(rowOf).forEach((x, i) => { cells[i].textContent = fixed(x); });
+    if ($("texts").open) for (const pre of document.querySelectorAll("pre")) pre.textContent = toText(pre.id);
+    showBody();
+    showTime();
+    scene.draw(report);
+  }
+  /** Shows the state in the next picture, and in the address when it has not changed for a while. */
+  function change() {
+    if (!waiting) requestAnimationFrame(() => { waiting = false; show(); });
+    waiting = true;
+    clearTimeout(settled);
+    if (!playing) settled = window.setTimeout(settle, 300);
+  }
+  function settle() {
+    if (address() === location.hash) return;
+    past.push(location.hash);
+    history.replaceState(null, "", address());
+    $("undo").disabled = false;
+  }
+  /** @param {number} body */
+  function choose(body) {
+    if (body === chosen) return;
+    chosen = body;
+    sliders.forEach(({row}, i) => row.classList.toggle("chosen", bodyOf(i) === body));
+    torques.forEach(({row}, k) => row.classList.toggle("chosen", k + 1 === body));
+    $("spoken").textContent = names[body] || "";
+    scene.mark(body);
+    showBody();
+    drawCurves();
+  }
+  function showBody() {
+    $("body").replaceChildren();
+    if (chosen < 0) return;
+    const {name, mass, position: p, rotation: R} = report.bodies[chosen];
+    const line = (title, values) => make("tr", {}, make("th", {}, title), ...values.map((x) => make("td", {}, fixed(x))));
+    $("body").style.setProperty("--limb", limbOf(chosen).colour);
+    $("body").append(make("b", {}, name), make("table", {}, line("mass, kg", [mass]), ...[0, 3, 6].map((i) =>
+      line(i ? "" : "pose, m", [...R.slice(i, i + 3), p[i / 3]])), ...(chosen ? [line("axis", [R[2], R[5], R[8]])] : [])));
+  }
+
+  function showMatrix() {
+    const H = report.generalized_mass, canvas = $("matrix"), size = Math.round(canvas.clientWidth * devicePixelRatio);
+    if (canvas.width !== size) canvas.width = canvas.height = size;
+    const pen = canvas.getContext("2d"), side = size / H.length, [y, x] = entry;
+    pen.clearRect(0, 0, size, size);
+    H.forEach((row, i) => row.forEach((value, j) => {
+      pen.fillStyle = value > 0 ? RED : BLUE;
+      pen.globalAlpha = Math.min(1, Math.sqrt(Math.abs(value) / Math.sqrt(H[i][i] * H[j][j])));
+      pen.fillRect(j * side, i * side, side - 1, side - 1);
+    }));
+    Object.assign(pen, {globalAlpha: 1, strokeStyle: getComputedStyle(canvas).color, lineWidth: 2 * devicePixelRatio});
+    pen.strokeRect(x * side, y * side, side - 1, side - 1);
+    const unit = ["kg m²", "kg m", "kg"][Number(x < 3) + Number(y < 3)];
+    $("entry").textContent = `${coordinates[y]}, ${coordinates[x]}: ${shortest(H[y][x])} ${unit}`;
+  }
+  const pick = (...place) => {
+    entry = place.map((k) => Math.min(coordinates.length - 1, Math.max(0, Math.floor(k))));
+    showMatrix();
+  };
+  $("matrix").addEventListener("pointermove", ({offsetX, offsetY}) => {
+    const side = $("matrix").clientWidth / coordinates.length;
+    pick(offsetY / side, offsetX / side);
+  });
+  $("matrix").addEventListener("keydown", (event) => {
+    const way = {ArrowLeft: [0, -1], ArrowRight: [0, 1], ArrowUp: [-1, 0], ArrowDown: [1, 0]}[event.key];
+    if (!way) return;
+    event.preventDefault();
+    pick(entry[0] + way[0], entry[1] + way[1]);
+  });
+
+  function address() {
+    const {q, wrench, loaded, base} = state, angles = coordinates.map((name, i) => `${name}=${shortest(q[i])}`);
+    const force = wrench.some(Boolean) ? [`wrench=${names[loaded]},${list(wrench)}`] : [];
+    const moved = angles.filter((_, i) => i > 5 && q[i]);
+    return "#" + [`root=${list(q.slice(0, 6))}`, ...moved, ...force, `base=${names[base]}`].join("&");
+  }
+  /** Sets the state of the address. Throws an Error if it is wrong. */
+  function restore() {
+    const next = {...FIRST, q: Array(21).fill(0)};
+    for (const part of decodeURIComponent(location.hash.slice(1)).split("&").filter(Boolean)) {
+      const [name, ...values] = part.split(/[=,]/), i = coordinates.indexOf(name), body = names.indexOf(values[0]);
+      const ofBody = name === "wrench" || name === "base", numbers = values.slice(Number(ofBody)).map(Number).map(Math.fround);
+      const count = name === "base" ? 0 : name === "root" || name === "wrench" ? 6 : i > 5 ? 1 : -1;
+      const good = numbers.length === count && numbers.every(Number.isFinite) && !values.includes("");
+      if (!good || ofBody && body < 0) throw Error(`The address is wrong at "${part}".`);
+      if (name === "root") next.q.splice(0, 6, ...numbers);
+      else if (name === "base") next.base = body;
+      else if (name === "wrench") Object.assign(next, {loaded: body, wrench: numbers});
+      else next.q[i] = numbers[0];
+    }
+    state = next;
+  }
+  /** The state, or the table of the poses, for use elsewhere. @param {string} id */
+  function toText(id) {
+    if (id === "Link") return location.href.replace(/#.*|$/, address());
+    if (id === "CSV") return [["body", ...columns], ...report.bodies.map((b) => [b.name, list(rowOf(b))])].join("\n");
+    const acting = new Map([[state.loaded, state.wrench]]), root = state.q.slice(0, 6);
+    if (state.base) acting.set(state.base, robot.baseWrench());
+    const wrenches = [...acting].filter(([, wrench]) => wrench.some(Boolean));
+    const moved = coordinates.map((name, i) => ({name, x: state.q[i]})).filter(({x}, i) => i > 5 && x);
+    if (id === "Command") {
+      const joints = moved.map(({name, x}) => ` --joint ${name}=${shortest(x)}`);
+      joints.push(...wrenches.map(([b, wrench]) => ` --wrench ${names[b]}=${list(wrench)}`));
+      return `lumo-inspect --pose zero --root ${list(root)}${joints.join("")}`;
+    }
+    const cpp = id === "C++", float = (x) => cpp && /[.e]/.test(shortest(x)) ? `${shortest(x)}F` : shortest(x);
+    const floats = (values) => (cpp ? "{*}" : "[*]").replace("*", values.map(float).join(", "));
+    const key = (kind, name) => cpp ? `robot->get${kind}Id("${name}")` : `"${name}"`;
+    const {position: p, rotation: R} = report.bodies[0];
+    const rows = [0, 3, 6].map((i) => floats([...R.slice(i, i + 3), p[i / 3]])).join(", ");
+    const pose = cpp ? `OX::Math::transformFromPosition6D(${floats(root)})` : `[${rows}, [0, 0, 0, 1]]`;
+    return [`setRootPose(${pose})`,
+      ...moved.map(({name, x}) => `setJointAnglePos(${key("JointAngle", name)}, ${float(x)})`),
+      ...wrenches.map(([b, wrench]) => `setExternalWrench(${key("Body", names[b])}, ${floats(wrench)})`),
+      "computeFwdKinematics()", "computeGeneralizedMass()", "computeInverseDynamics()",
+    ].map((call) => cpp ? `robot->${call};` : `robot.${call}`).join("\n");
+  }
+
+  /** Opens a log and plays it. @param {string} csv @param {string} file */
+  function open(csv, file) {
+    try {
+      const {times, states} = readLog(csv, coordinates), step = Math.ceil(times.length / 4000);
+      const some = states.filter((_, i) => Math.floor(i / 21) % step === 0);
+      log = {times, states, step, curves: robot.curves(some, load())};
+    } catch (error) {
+      return say(`${file}: ${/** @type {Error} */ (error).message}.`);
+    }
+    say("");
+    $("log").hidden = false;
+    Object.assign($("scrub"), {min: log.times[0], max: log.times[log.times.length - 1]});
+    seek(log.times[0]);
+    drawCurves();
+    return play(true);
+  }
+  /** Shows the last row that is not later. @param {number} to */
+  function seek(to) {
+    if (!log) return;
+    const later = log.times.findIndex((t) => t > to), row = later < 0 ? log.times.length - 1 : Math.max(0, later - 1);
+    time = to;
+    state = {...state, q: [...log.states.subarray(21 * row, 21 * row + 21)]};
+    change();
+  }
+  /** @param {boolean} on */
+  function play(on) {
+    playing = on && log !== null;
+    $("play").textContent = playing ? "Pause" : "Play";
+    if (!log || !playing) return;
+    const end = Number($("scrub").max);
+    if (time >= end) seek(log.times[0]);
+    let last = performance.now();
+    const step = (now) => {
+      if (!playing) return;
+      seek(Math.min(end, time + Math.max(0, now - last) / 1000 * $("speed").value));
+      last = now;
+      if (time < end) requestAnimationFrame(step);
+      else play(false);
+    };
+    requestAnimationFrame(step);
+  }
+  const plot = document.createElement("canvas"), pen = /** @type {any} */ (plot.getContext("2d"));
+  const across = () => { // the coordinate of a time
+    const first = Number($("scrub").min), span = Number($("scrub").max) - first || 1, width = $("curves").clientWidth - 144;
+    return (t) => 44 + width * (t - first) / span;
+  };
+  /** Draws some of the curves. @param {{c: number, name: string, colour: string, from: number}[]} all */
+  function drawChart(title, top, bottom, all) {
+    if (!log) return;
+    const {times, curves, step} = log, x = across(), [left, right] = [44, $("curves").clientWidth - 100];
+    const lines = all.map((line) => ({...line, points: curves.filter((_, i) => i % 18 === line.c).map((v) => v - line.from)}));
+    const high = Math.max(...lines.map(({points}) => points.reduce((a, b) => Math.max(a, b), 1e-3)));
+    const low = Math.min(...lines.map(({points}) => points.reduce((a, b) => Math.min(a, b), 0)));
+    const y = (value) => top + (bottom - top) * (high - value) / (high - low), taken = [];
+    Object.assign(pen, {fillStyle: getComputedStyle($("curves")).color, globalAlpha: 0.65, textAlign: "right"});
+    for (const value of [0, low, high]) {
+      if (value === 0 || Math.abs(y(value) - y(0)) > 11) pen.fillText(Number(value.toPrecision(2)), left - 6, y(value));
+      pen.fillRect(left, y(value), right - left, 0.5);
+    }
+    pen.textAlign = "left";
+    pen.fillText(title, left, top - 10);
+    const last = ({c, points}) => c === chosen - 1 ? Infinity : Math.abs(points[points.length - 1]);
+    for (const {c, name, colour, points} of lines.sort((a, b) => last(b) - last(a))) {
+      const strong = c === chosen - 1, at = y(points[points.length - 1]);
+      Object.assign(pen, {strokeStyle: colour, fillStyle: colour, lineWidth: strong ? 2.5 : 1.2,
+        globalAlpha: strong || c > 14 || chosen < 1 ? 1 : 0.4});
+      pen.beginPath();
+      points.forEach((value, i) => pen.lineTo(x(times[i * step]), y(value)));
+      pen.stroke();
+      if (!taken.some((other) => Math.abs(other - at) < 11)) pen.fillText(name, right + 6, at) || taken.push(at);
+    }
+  }
+  /** Draws all curves on a canvas of their own. A picture only adds the time. */
+  function drawCurves() {
+    if (!log) return;
+    const {clientWidth: width, clientHeight: height} = $("curves"), split = Math.round(height * 0.6), first = log.curves;
+    for (const sheet of [$("curves"), plot]) {
+      [sheet.width, sheet.height] = [width * devicePixelRatio, height * devicePixelRatio];
+    }
+    pen.scale(devicePixelRatio, devicePixelRatio);
+    Object.assign(pen, {font: "11px system-ui, Arial, sans-serif", textBaseline: "middle"});
+    drawChart("torques at rest, N m", 20, split - 10, names.slice(1).map((name, c) => ({c, name, from: 0,
+      colour: limbOf(c + 1).colour})));
+    drawChart("centre of mass, m from where it was first", split + 20, height - 8, [RED, GREEN, BLUE].map((colour, i) =>
+      ({c: 15 + i, name: "xyz"[i], from: first[15 + i], colour})));
+    showTime();
+  }
+  function showTime() {
+    if (!log) return;
+    const canvas = $("curves"), sheet = canvas.getContext("2d");
+    sheet.clearRect(0, 0, canvas.width, canvas.height);
+    sheet.drawImage(plot, 0, 0);
+    sheet.fillStyle = getComputedStyle(canvas).color;
+    sheet.fillRect(across()(time) * devicePixelRatio, 0, devicePixelRatio, canvas.height);
+    $("scrub").value = String(time);
+    $("time").textContent = `${fixed(time, 2)} of ${fixed(Number($("scrub").max), 2)} s`;
+  }
+
+  // The buttons, keys and files.
+  const set = (next) => {
+    play(false);
+    state = {...state, ...next};
+    change();
+  };
+  const view = (...from) => scene.look([report.com[0], report.com[1], report.com[2] + 0.15], from);
+  const go = () => {
+    try {
+      if (location.hash) restore();
+      say("");
+    } catch (error) {
+      say(/** @type {Error} */ (error).message);
+    }
+    $("undo").disabled = past.length === 0;
+    change();
+  };
+  const undo = () => {
+    if (!past.length) return;
+    play(false);
+    history.replaceState(null, "", past.pop());
+    go();
+  };
+  const close = () => {
+    play(false);
+    log = null;
+    $("log").hidden = true;
+  };
+  const reset = () => {
+    close();
+    set(FIRST);
+    view(3, -1.6, 0.7);
+  };
+  const float32 = (q) => () => set({q: q.map(Math.fround)});
+  const clicks = {zero: float32(ZERO), greeting: float32(FIRST.q), hanging: float32(HANGING), undo, reset, close,
+    front: () => view(1, 0, 0), side: () => view(0, -1, 0), top: () => view(-1e-3, 0, 1), play: () => play(!playing),
+    example: () => open($("example-log").textContent.trim(), "example-log.csv")};
+  for (const [id, click] of Object.entries(clicks)) $(id).addEventListener("click", click);
+  for (const button of /** @type {any} */ (document.querySelectorAll("button.copy"))) {
+    button.addEventListener("click", async () => {
+      const was = button.textContent;
+      button.textContent = await navigator.clipboard.writeText(toText(button.value)).then(() => "Copied", () => "Not allowed");
+      setTimeout(() => { button.textContent = was; }, 1200);
+    });
+  }
+  const openFile = async (file) => { if (file) open(await file.text(), file.name); };
+  for (const id of ["inertia", "table", "texts"]) $(id).addEventListener("toggle", show);
+  $("scrub").addEventListener("input", () => { play(false); seek(Number($("scrub").value)); });
+  $("file").addEventListener("change", () => openFile($("file").files[0]));
+  $("scene").addEventListener("keydown", ({key}) => {
+    const way = {n: 1, p: -1}[key.toLowerCase()];
+    if (way) choose((Math.max(chosen, way < 0 ? 0 : -1) + way + names.length) % names.length);
+  });
+  addEventListener("keydown", (event) => { if (event.ctrlKey && event.key === "z") undo(); });
+  addEventListener("dragover", (event) => event.preventDefault());
+  addEventListener("drop", (event) => {
+    event.preventDefault();
+    if (event.dataTransfer) openFile(event.dataTransfer.files[0]);
+  });
+  addEventListener("hashchange", go);
+  new ResizeObserver(drawCurves).observe($("curves"));
+  $("summary").textContent = `${fixed(report.mass, 3)} kg, ${names.length} bodies, ${coordinates.length} degrees of freedom`;
+  go();
+  history.replaceState(null, "", address());
+  show();
+  view(3, -1.6, 0.7);
+  Object.assign(window, {page: {code, scene, open, set, show}}); // for tests
+}
+
+const refuse = (what) => document.body.replaceChildren(
+  make("p", {id: "message"}, `This page needs ${what}, which this browser does not offer.`));
+if (typeof WebAssembly === "undefined") refuse("WebAssembly");
+else if (!document.createElement("canvas").getContext("webgl")) refuse("WebGL");
+else lumo().then(run, () => refuse("WebAssembly"));
