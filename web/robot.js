@@ -12,7 +12,7 @@
 /** @type {(id: string) => any} */
 const $ = (id) => document.getElementById(id);
 const ROOT = ["x", "y", "z", "roll", "pitch", "yaw"], WRENCH = ["fx", "fy", "fz", "tx", "ty", "tz"];
-const RED = "#d0473f", GREEN = "#3f9a4a", BLUE = "#3f6fd0", ACCENT = "#c2203a";
+const RED = "#d0473f", GREEN = "#3f9a4a", BLUE = "#3f6fd0", ACCENT = "#c2203a", GREY = "#8d96a3";
 const ZERO = [0, 0, 0.75, ...Array(18).fill(0)];
 const HANGING = [0, 0, 0.75, 0, 0, 0, 0, 0, 1.5, 0.1, -0.3, -0.35, 0, 0, 0, 0, 1.5, -0.1, 0.3, 0.35, 0];
 
@@ -103,7 +103,7 @@ function makeScene(model, choose) {
   const plumb = add(scene, cylinder, accent, [0.0025, 1, 0.0025]);
   const axis = new THREE.ArrowHelper(up, vector(), 0.16, ACCENT, 0.04, 0.022), grid = new THREE.GridHelper(4, 20);
   grid.rotation.x = Math.PI / 2;
-  Object.assign(grid.material, {vertexColors: THREE.NoColors, color: new THREE.Color("#8d96a3"), ...glass});
+  Object.assign(grid.material, {vertexColors: THREE.NoColors, color: new THREE.Color(GREY), ...glass});
   scene.add(grid, ...[RED, GREEN, BLUE].map((colour, i) =>
     new THREE.ArrowHelper(vector().setComponent(i, 1), vector(), 0.25, colour, 0.05, 0.025)));
 
@@ -312,17 +312,15 @@ function run(code) {
   }
 
   function showMatrix() {
-    const H = report.generalized_mass, canvas = $("matrix"), size = Math.round(canvas.clientWidth * devicePixelRatio);
-    if (canvas.width !== size) canvas.width = canvas.height = size;
-    const pen = canvas.getContext("2d"), side = size / H.length, [y, x] = entry;
-    pen.clearRect(0, 0, size, size);
+    const H = report.generalized_mass, sheet = $("matrix").getContext("2d"), side = 28, [y, x] = entry;
+    sheet.clearRect(0, 0, 21 * side, 21 * side);
     H.forEach((row, i) => row.forEach((value, j) => {
-      pen.fillStyle = value > 0 ? RED : BLUE;
-      pen.globalAlpha = Math.min(1, Math.sqrt(Math.abs(value) / Math.sqrt(H[i][i] * H[j][j])));
-      pen.fillRect(j * side, i * side, side - 1, side - 1);
+      sheet.fillStyle = value > 0 ? RED : BLUE;
+      sheet.globalAlpha = Math.min(1, Math.sqrt(Math.abs(value) / Math.sqrt(H[i][i] * H[j][j])));
+      sheet.fillRect(j * side, i * side, side - 1, side - 1);
     }));
-    Object.assign(pen, {globalAlpha: 1, strokeStyle: getComputedStyle(canvas).color, lineWidth: 2 * devicePixelRatio});
-    pen.strokeRect(x * side, y * side, side - 1, side - 1);
+    Object.assign(sheet, {globalAlpha: 1, strokeStyle: GREY, lineWidth: 4});
+    sheet.strokeRect(x * side, y * side, side - 1, side - 1);
     const unit = ["kg m²", "kg m", "kg"][Number(x < 3) + Number(y < 3)];
     $("entry").textContent = `${coordinates[y]}, ${coordinates[x]}: ${shortest(H[y][x])} ${unit}`;
   }
@@ -431,32 +429,30 @@ function run(code) {
     requestAnimationFrame(step);
   }
   const plot = document.createElement("canvas"), pen = /** @type {any} */ (plot.getContext("2d"));
-  const across = () => { // the coordinate of a time
-    const first = Number($("scrub").min), span = Number($("scrub").max) - first || 1, width = $("curves").clientWidth - 144;
-    return (t) => 44 + width * (t - first) / span;
-  };
+  const LEFT = 44, RIGHT = 100;
+  let across = (t) => t; // the place of a time
   /** Draws some of the curves. @param {{c: number, name: string, colour: string, from: number}[]} all */
   function drawChart(title, top, bottom, all) {
     if (!log) return;
-    const {times, curves, step} = log, x = across(), [left, right] = [44, $("curves").clientWidth - 100];
+    const {times, curves, step} = log, right = plot.width / devicePixelRatio - RIGHT;
     const lines = all.map((line) => ({...line, points: curves.filter((_, i) => i % 18 === line.c).map((v) => v - line.from)}));
     const high = Math.max(...lines.map(({points}) => points.reduce((a, b) => Math.max(a, b), 1e-3)));
     const low = Math.min(...lines.map(({points}) => points.reduce((a, b) => Math.min(a, b), 0)));
     const y = (value) => top + (bottom - top) * (high - value) / (high - low), taken = [];
     Object.assign(pen, {fillStyle: getComputedStyle($("curves")).color, globalAlpha: 0.65, textAlign: "right"});
     for (const value of [0, low, high]) {
-      if (value === 0 || Math.abs(y(value) - y(0)) > 11) pen.fillText(Number(value.toPrecision(2)), left - 6, y(value));
-      pen.fillRect(left, y(value), right - left, 0.5);
+      if (value === 0 || Math.abs(y(value) - y(0)) > 11) pen.fillText(Number(value.toPrecision(2)), LEFT - 6, y(value));
+      pen.fillRect(LEFT, y(value), right - LEFT, 0.5);
     }
     pen.textAlign = "left";
-    pen.fillText(title, left, top - 10);
+    pen.fillText(title, LEFT, top - 10);
     const last = ({c, points}) => c === chosen - 1 ? Infinity : Math.abs(points[points.length - 1]);
     for (const {c, name, colour, points} of lines.sort((a, b) => last(b) - last(a))) {
       const strong = c === chosen - 1, at = y(points[points.length - 1]);
       Object.assign(pen, {strokeStyle: colour, fillStyle: colour, lineWidth: strong ? 2.5 : 1.2,
         globalAlpha: strong || c > 14 || chosen < 1 ? 1 : 0.4});
       pen.beginPath();
-      points.forEach((value, i) => pen.lineTo(x(times[i * step]), y(value)));
+      points.forEach((value, i) => pen.lineTo(across(times[i * step]), y(value)));
       pen.stroke();
       if (!taken.some((other) => Math.abs(other - at) < 11)) pen.fillText(name, right + 6, at) || taken.push(at);
     }
@@ -464,7 +460,9 @@ function run(code) {
   /** Draws all curves on a canvas of their own. A picture only adds the time. */
   function drawCurves() {
     if (!log) return;
-    const {clientWidth: width, clientHeight: height} = $("curves"), split = Math.round(height * 0.6), first = log.curves;
+    const {clientWidth: width, clientHeight: height} = $("curves"), split = Math.round(height * 0.6);
+    const {times, curves} = log, span = times[times.length - 1] - times[0] || 1;
+    across = (t) => LEFT + (width - LEFT - RIGHT) * (t - times[0]) / span;
     for (const sheet of [$("curves"), plot]) {
       [sheet.width, sheet.height] = [width * devicePixelRatio, height * devicePixelRatio];
     }
@@ -473,7 +471,7 @@ function run(code) {
     drawChart("torques at rest, N m", 20, split - 10, names.slice(1).map((name, c) => ({c, name, from: 0,
       colour: limbOf(c + 1).colour})));
     drawChart("centre of mass, m from where it was first", split + 20, height - 8, [RED, GREEN, BLUE].map((colour, i) =>
-      ({c: 15 + i, name: "xyz"[i], from: first[15 + i], colour})));
+      ({c: 15 + i, name: "xyz"[i], from: curves[15 + i], colour})));
     showTime();
   }
   function showTime() {
@@ -481,8 +479,8 @@ function run(code) {
     const canvas = $("curves"), sheet = canvas.getContext("2d");
     sheet.clearRect(0, 0, canvas.width, canvas.height);
     sheet.drawImage(plot, 0, 0);
-    sheet.fillStyle = getComputedStyle(canvas).color;
-    sheet.fillRect(across()(time) * devicePixelRatio, 0, devicePixelRatio, canvas.height);
+    sheet.fillStyle = GREY;
+    sheet.fillRect(across(time) * devicePixelRatio, 0, devicePixelRatio, canvas.height);
     $("scrub").value = String(time);
     $("time").textContent = `${fixed(time, 2)} of ${fixed(Number($("scrub").max), 2)} s`;
   }
