@@ -1,12 +1,12 @@
 // @ts-check
 "use strict";
 
-/** @typedef {{name: string, mass: number, position: number[], rotation: number[], com: number[]}} BodyReport */
-/** @typedef {{mass: number, com: number[], bodies: BodyReport[], joints: {torque: number}[],
- *   generalized_mass: number[][]}} Report as lumo-inspect writes it */
-/** @typedef {{q: number[], wrench: number[], loaded: number, base: number}} State the coordinates; a wrench on the body
- *   `loaded`; the body that is fixed in the world */
-/** @typedef {{times: number[], states: Float32Array, step: number, curves: number[]}} Log for every step-th row, the
+/** @typedef {{name: string, mass: number, position: number[], rotation: number[], com: number[]}} BodyReport
+ * @typedef {{mass: number, com: number[], bodies: BodyReport[], joints: {torque: number}[],
+ *   generalized_mass: number[][]}} Report as lumo-inspect writes it
+ * @typedef {{q: number[], wrench: number[], loaded: number, base: number}} State the coordinates; a wrench on the body
+ *   `loaded`; the body that is fixed in the world
+ * @typedef {{times: number[], states: Float32Array, step: number, curves: number[]}} Log for every step-th row, the
  *   curves have 15 torques and the position of the centre of mass */
 
 /** @type {(id: string) => any} */
@@ -31,8 +31,7 @@ const list = (values) => values.map(shortest).join(",");
 /** Writes a number with this many digits after the point, and no -0. @param {number} x */
 const fixed = (x, digits = 4) => x.toFixed(digits).replace(/^-(0\.?0*)$/, "$1");
 
-/** Reads a log. Throws an Error that names line and column. @param {string} csv @param {string[]} known the columns that
- * it may have besides the time */
+/** Reads a log. Throws an Error that names line and column. @param {string} csv @param {string[]} known columns */
 function readLog(csv, known) {
   const fail = (line, c, what) => { throw Error(`line ${line}, column ${c + 1}${what}`); };
   const lines = csv.trimEnd().split(/\r?\n/), names = lines[0].split(",").map((name) => name.trim());
@@ -45,15 +44,15 @@ function readLog(csv, known) {
   if (!count) throw Error("line 2: there is no row of values");
   const times = [], states = new Float32Array(count * known.length);
   for (let i = 0; i < count; ++i) {
-    const cells = lines[i + 1].split(","), row = i * known.length;
-    states.set(ZERO, row);
+    const cells = lines[i + 1].split(",");
+    states.set(ZERO, i * known.length);
     names.forEach((name, c) => {
       const cell = cells[c] || "", value = Number(cell);
       if (c >= cells.length) fail(i + 2, c, ` (${name}): the value is missing`);
       if (!cell.trim() || !Number.isFinite(value)) fail(i + 2, c, ` (${name}): "${cell}" is not a number`);
-      if (columns[c] >= 0) states[row + columns[c]] = value;
-      else if (value < times[i - 1]) fail(i + 2, c, " (time): the time runs backwards");
-      else times.push(value);
+      if (value < times[i - 1] && columns[c] < 0) fail(i + 2, c, " (time): the time runs backwards");
+      if (columns[c] < 0) times.push(value);
+      else states[i * known.length + columns[c]] = value;
     });
     if (cells.length > names.length) fail(i + 2, names.length, ": the first line does not name this column");
   }
@@ -82,7 +81,7 @@ function makeScene(model, choose) {
   };
   const glass = {transparent: true, opacity: 0.26, depthWrite: false};
   const bodies = model.bodies.map(({limb, radius}, b) => {
-    const frame = new THREE.Group(), color = new THREE.Color(model.limbs[limb].colour).lerp(new THREE.Color("white"), 0.12);
+    const frame = new THREE.Group(), color = new THREE.Color(model.limbs[limb].colour).addScalar(0.08);
     const look = new THREE.MeshLambertMaterial({color}), mist = new THREE.MeshLambertMaterial({...glass, color});
     frame.matrixAutoUpdate = false;
     scene.add(frame);
@@ -166,8 +165,7 @@ function makeScene(model, choose) {
   };
   canvas.addEventListener("pointerdown", (event) => choose(under(event)));
   canvas.addEventListener("pointermove", (event) => {
-    const body = event.buttons ? -1 : under(event);
-    if (body >= 0) choose(body);
+    if (!event.buttons && under(event) >= 0) choose(under(event));
   });
   /** Marks a body and the axis of its joint. @param {number} chosen */
   const mark = (chosen) => {
@@ -184,11 +182,11 @@ function run(code) {
   const robot = new code.Robot(), model = JSON.parse(robot.model());
   /** @type {State} The robot stands on the last body of its leg. */
   const FIRST = {q: model.greeting, wrench: Array(6).fill(0), loaded: 15, base: 10};
-  let state = FIRST, log = /** @type {Log | null} */ (null), past = /** @type {string[]} */ ([]);
-  let chosen = -1, entry = [16, 16], playing = false, time = 0, waiting = false, settled = 0;
-  const load = () => [state.loaded, ...state.wrench, state.base];
+  const past = /** @type {string[]} */ ([]), load = () => [state.loaded, ...state.wrench, state.base];
   const compute = () => /** @type {Report} */ (JSON.parse(robot.report(state.q, load())));
-  let report = compute();
+  const copy = (/** @type {State} */ from) => ({...from, q: from.q.map(Math.fround), wrench: [...from.wrench]});
+  let state = copy(FIRST), report = compute(), log = /** @type {Log | null} */ (null);
+  let chosen = -1, entry = [16, 16], playing = false, time = 0, waiting = false, settled = 0;
   const names = report.bodies.map(({name}) => name), coordinates = [...ROOT, ...names.slice(1)];
   const limbOf = (b) => model.limbs[model.bodies[b].limb], bodyOf = (i) => Math.max(0, i - 5);
   const scene = makeScene(model, choose), say = (what) => { $("message").textContent = what; };
@@ -200,47 +198,44 @@ function run(code) {
     set(Math.fround(Number(input.value)));
     change();
   });
-  const replaced = (values, i, x) => values.map((old, k) => k === i ? x : old);
-  const limbRow = (b, ...children) => {
-    const row = make("div", {className: "row limb"}, make("span"), ...children);
+  const limbRow = (b, name, ...children) => {
+    const row = make("div", {className: "row limb"}, make("span", {}, name), ...children);
     row.style.setProperty("--limb", limbOf(b).colour);
     row.addEventListener("pointerenter", () => choose(b));
     return row;
   };
-  $("state").append(...model.limbs.map(({name, colour}) => {
+  for (const {name, colour} of model.limbs) {
     const unit = make("small", {}, name === "torso" ? " m, rad" : " rad");
-    const group = make("fieldset", {className: "limb"}, make("legend", {}, name, unit));
-    group.style.setProperty("--limb", colour);
-    return group;
-  }));
+    $("state").append(make("fieldset", {className: "limb"}, make("legend", {}, name, unit)));
+    $("state").lastChild.style.setProperty("--limb", colour);
+  }
   const sliders = coordinates.map((name, i) => {
     const most = i < 3 ? 2 : 3.14, ariaLabel = `${name}, ${i < 3 ? "m" : "rad"}`, body = bodyOf(i);
     const range = make("input", {type: "range", min: -most, max: most, step: 0.01, ariaLabel, id: `range-${name}`});
-    const number = make("input", {type: "number", step: 0.01, ariaLabel, id: name}), row = limbRow(body, range, number);
+    const number = make("input", {type: "number", step: 0.01, ariaLabel, id: name});
+    const row = limbRow(body, name, range, number);
     for (const input of [range, number]) {
-      listen(input, (x) => { state = {...state, q: replaced(state.q, i, x)}; });
+      listen(input, (x) => { state.q[i] = x; });
       input.addEventListener("focus", () => choose(body));
     }
-    row.firstChild.textContent = name;
     $("state").children[model.bodies[body].limb].append(row);
     return {row, range, number};
   });
   const torques = names.slice(1).map((name, k) => {
     const value = make("output", {id: `torque-${name}`}), bar = make("i");
-    const row = limbRow(k + 1, make("div", {className: "bar"}, bar), value);
-    row.firstChild.textContent = name;
+    const row = limbRow(k + 1, name, make("div", {className: "bar"}, bar), value);
     $("torques").append(row);
     return {row, bar, value};
   });
   const forces = WRENCH.map((name, i) => {
     const input = make("input", {type: "number", step: i < 3 ? 1 : 0.1, id: name});
-    listen(input, (x) => { state = {...state, wrench: replaced(state.wrench, i, x)}; });
+    listen(input, (x) => { state.wrench[i] = x; });
     $("forces").append(make("label", {}, `${name}, ${i < 3 ? "N" : "N m"}`, input));
     return input;
   });
   for (const id of ["base", "loaded"]) {
     $(id).append(...names.map((name, b) => make("option", {value: b}, name)));
-    listen($(id), (b) => { state = {...state, [id]: b}; });
+    listen($(id), (b) => { state[id] = b; });
   }
   const columns = ["x", "y", "z", ...[1, 2, 3].flatMap((i) => [1, 2, 3].map((j) => `R${i}${j}`))];
   const rowOf = (body) => [...body.position, ...body.rotation];
@@ -260,8 +255,7 @@ function run(code) {
       fill(number, Number(state.q[i].toFixed(4)));
     });
     forces.forEach((input, i) => fill(input, shortest(state.wrench[i])));
-    Object.assign($("base"), {value: state.base});
-    Object.assign($("loaded"), {value: state.loaded});
+    for (const id of ["base", "loaded"]) $(id).value = state[id];
     report.com.forEach((value, i) => { $(`com-${"xyz"[i]}`).textContent = fixed(value); });
     const most = Math.max(0.01, ...report.joints.map(({torque}) => Math.abs(torque)));
     const power = 10 ** Math.floor(Math.log10(most)), full = ([1, 2, 5].find((n) => n * power >= most) || 10) * power;
@@ -286,9 +280,8 @@ function run(code) {
   }
   function settle() {
     if (address() === location.hash) return;
-    past.push(location.hash);
+    $("undo").disabled = !past.push(location.hash);
     history.replaceState(null, "", address());
-    $("undo").disabled = false;
   }
   /** @param {number} body */
   function choose(body) {
@@ -305,10 +298,12 @@ function run(code) {
     $("body").replaceChildren();
     if (chosen < 0) return;
     const {name, mass, position: p, rotation: R} = report.bodies[chosen];
-    const line = (title, values) => make("tr", {}, make("th", {}, title), ...values.map((x) => make("td", {}, fixed(x))));
+    const line = (title, values) =>
+      make("tr", {}, make("th", {}, title), ...values.map((x) => make("td", {}, fixed(x, 3))));
     $("body").style.setProperty("--limb", limbOf(chosen).colour);
     $("body").append(make("b", {}, name), make("table", {}, line("mass, kg", [mass]), ...[0, 3, 6].map((i) =>
-      line(i ? "" : "pose, m", [...R.slice(i, i + 3), p[i / 3]])), ...(chosen ? [line("axis", [R[2], R[5], R[8]])] : [])));
+      line(i ? "" : "pose, m", [...R.slice(i, i + 3), p[i / 3]])),
+    ...(chosen ? [line("axis", [R[2], R[5], R[8]])] : [])));
   }
 
   function showMatrix() {
@@ -329,14 +324,12 @@ function run(code) {
     showMatrix();
   };
   $("matrix").addEventListener("pointermove", ({offsetX, offsetY}) => {
-    const side = $("matrix").clientWidth / coordinates.length;
-    pick(offsetY / side, offsetX / side);
+    pick(21 * offsetY / $("matrix").clientHeight, 21 * offsetX / $("matrix").clientWidth);
   });
   $("matrix").addEventListener("keydown", (event) => {
     const way = {ArrowLeft: [0, -1], ArrowRight: [0, 1], ArrowUp: [-1, 0], ArrowDown: [1, 0]}[event.key];
-    if (!way) return;
-    event.preventDefault();
-    pick(entry[0] + way[0], entry[1] + way[1]);
+    if (way) pick(entry[0] + way[0], entry[1] + way[1]);
+    if (way) event.preventDefault();
   });
 
   function address() {
@@ -350,16 +343,15 @@ function run(code) {
     const next = {...FIRST, q: Array(21).fill(0)};
     for (const part of decodeURIComponent(location.hash.slice(1)).split("&").filter(Boolean)) {
       const [name, ...values] = part.split(/[=,]/), i = coordinates.indexOf(name), body = names.indexOf(values[0]);
-      const ofBody = name === "wrench" || name === "base", numbers = values.slice(Number(ofBody)).map(Number).map(Math.fround);
+      const ofBody = name === "wrench" || name === "base", numbers = values.slice(ofBody ? 1 : 0).map(Number);
       const count = name === "base" ? 0 : name === "root" || name === "wrench" ? 6 : i > 5 ? 1 : -1;
       const good = numbers.length === count && numbers.every(Number.isFinite) && !values.includes("");
       if (!good || ofBody && body < 0) throw Error(`The address is wrong at "${part}".`);
-      if (name === "root") next.q.splice(0, 6, ...numbers);
-      else if (name === "base") next.base = body;
-      else if (name === "wrench") Object.assign(next, {loaded: body, wrench: numbers});
-      else next.q[i] = numbers[0];
+      if (name === "base") next.base = body;
+      else if (name === "wrench") Object.assign(next, {loaded: body, wrench: numbers.map(Math.fround)});
+      else next.q.splice(Math.max(i, 0), count, ...numbers);
     }
-    state = next;
+    state = copy(next);
   }
   /** The state, or the table of the poses, for use elsewhere. @param {string} id */
   function toText(id) {
@@ -435,7 +427,8 @@ function run(code) {
   function drawChart(title, top, bottom, all) {
     if (!log) return;
     const {times, curves, step} = log, right = plot.width / devicePixelRatio - RIGHT;
-    const lines = all.map((line) => ({...line, points: curves.filter((_, i) => i % 18 === line.c).map((v) => v - line.from)}));
+    const lines = all.map((line) =>
+      ({...line, points: curves.filter((_, i) => i % 18 === line.c).map((value) => value - line.from)}));
     const high = Math.max(...lines.map(({points}) => points.reduce((a, b) => Math.max(a, b), 1e-3)));
     const low = Math.min(...lines.map(({points}) => points.reduce((a, b) => Math.min(a, b), 0)));
     const y = (value) => top + (bottom - top) * (high - value) / (high - low), taken = [];
@@ -488,24 +481,24 @@ function run(code) {
   // The buttons, keys and files.
   const set = (next) => {
     play(false);
-    state = {...state, ...next};
+    state = copy({...state, ...next});
     change();
   };
-  const view = (...from) => scene.look([report.com[0], report.com[1], report.com[2] + 0.15], from);
+  const view = (...from) => scene.look([report.com[0], report.com[1], report.com[2] + 0.18], from);
   const go = () => {
+    say("");
     try {
       if (location.hash) restore();
-      say("");
     } catch (error) {
       say(/** @type {Error} */ (error).message);
     }
-    $("undo").disabled = past.length === 0;
     change();
   };
   const undo = () => {
     if (!past.length) return;
     play(false);
     history.replaceState(null, "", past.pop());
+    $("undo").disabled = !past.length;
     go();
   };
   const close = () => {
@@ -518,15 +511,15 @@ function run(code) {
     set(FIRST);
     view(3, -1.6, 0.7);
   };
-  const float32 = (q) => () => set({q: q.map(Math.fround)});
-  const clicks = {zero: float32(ZERO), greeting: float32(FIRST.q), hanging: float32(HANGING), undo, reset, close,
-    front: () => view(1, 0, 0), side: () => view(0, -1, 0), top: () => view(-1e-3, 0, 1), play: () => play(!playing),
-    example: () => open($("example-log").textContent.trim(), "example-log.csv")};
+  const clicks = {zero: () => set({q: ZERO}), greeting: () => set({q: FIRST.q}), hanging: () => set({q: HANGING}), undo,
+    reset, close, front: () => view(1, 0, 0), side: () => view(0, -1, 0), top: () => view(-1e-3, 0, 1),
+    play: () => play(!playing), example: () => open($("example-log").textContent.trim(), "example-log.csv")};
   for (const [id, click] of Object.entries(clicks)) $(id).addEventListener("click", click);
   for (const button of /** @type {any} */ (document.querySelectorAll("button.copy"))) {
     button.addEventListener("click", async () => {
       const was = button.textContent;
-      button.textContent = await navigator.clipboard.writeText(toText(button.value)).then(() => "Copied", () => "Not allowed");
+      const copying = navigator.clipboard.writeText(toText(button.value));
+      button.textContent = await copying.then(() => "Copied", () => "Not allowed");
       setTimeout(() => { button.textContent = was; }, 1200);
     });
   }
@@ -546,10 +539,11 @@ function run(code) {
   });
   addEventListener("hashchange", go);
   new ResizeObserver(drawCurves).observe($("curves"));
-  $("summary").textContent = `${fixed(report.mass, 3)} kg, ${names.length} bodies, ${coordinates.length} degrees of freedom`;
+  $("summary").textContent = `${fixed(report.mass, 3)} kg, 16 bodies, 21 degrees of freedom`;
   go();
   history.replaceState(null, "", address());
   show();
+  $("undo").disabled = true;
   view(3, -1.6, 0.7);
   Object.assign(window, {page: {code, scene, open, set, show}}); // for tests
 }
