@@ -6,7 +6,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
 install_missing chromium chromium-driver python3-selenium fonts-dejavu-core eslint node-typescript "${python_packages[@]}"
 scripts/web.sh
-build release
+build release lumo_norvaX3 lumo-inspect lumo_python
 
 step="checking the types of the script"
 echo "declare const THREE: any; declare const lumo: () => Promise<any>;" >build/web/globals.d.ts

@@ -385,9 +385,7 @@ function run(code) {
       const {times, states} = readLog(csv, coordinates), step = Math.ceil(times.length / 4000);
       const some = states.filter((_, i) => Math.floor(i / 21) % step === 0);
       log = {times, states, step, curves: robot.curves(some, load())};
-    } catch (error) {
-      return say(`${file}: ${/** @type {Error} */ (error).message}.`);
-    }
+    } catch (error) { return say(`${file}: ${/** @type {Error} */ (error).message}.`); }
     say("");
     $("log").hidden = false;
     Object.assign($("scrub"), {min: log.times[0], max: log.times[log.times.length - 1]});
@@ -479,19 +477,13 @@ function run(code) {
   }
 
   // The buttons, keys and files.
-  const set = (next) => {
-    play(false);
-    state = copy({...state, ...next});
-    change();
-  };
+  const set = (next) => { play(false); state = copy({...state, ...next}); change(); };
   const view = (...from) => scene.look([report.com[0], report.com[1], report.com[2] + 0.18], from);
   const go = () => {
     say("");
     try {
       if (location.hash) restore();
-    } catch (error) {
-      say(/** @type {Error} */ (error).message);
-    }
+    } catch (error) { say(/** @type {Error} */ (error).message); }
     change();
   };
   const undo = () => {
@@ -501,16 +493,8 @@ function run(code) {
     $("undo").disabled = !past.length;
     go();
   };
-  const close = () => {
-    play(false);
-    log = null;
-    $("log").hidden = true;
-  };
-  const reset = () => {
-    close();
-    set(FIRST);
-    view(3, -1.6, 0.7);
-  };
+  const close = () => { play(false); log = null; $("log").hidden = true; };
+  const reset = () => { close(); set(FIRST); view(3, -1.6, 0.7); };
   const clicks = {zero: () => set({q: ZERO}), greeting: () => set({q: FIRST.q}), hanging: () => set({q: HANGING}), undo,
     reset, close, front: () => view(1, 0, 0), side: () => view(0, -1, 0), top: () => view(-1e-3, 0, 1),
     play: () => play(!playing), example: () => open($("example-log").textContent.trim(), "example-log.csv")};
