@@ -6,8 +6,8 @@
  *   generalized_mass: number[][]}} Report as lumo-inspect writes it
  * @typedef {{q: number[], wrench: number[], loaded: number, base: number}} State the coordinates; a wrench on the body
  *   `loaded`; the body that is fixed in the world
- * @typedef {{times: number[], states: Float32Array, step: number, curves: number[]}} Log for every step-th row, the
- *   curves have 15 torques and the position of the centre of mass */
+ * @typedef {{times: number[], states: Float32Array, step: number, some: Float32Array}} Log `some` has the states of
+ *   every step-th row, for the curves */
 
 /** @type {(id: string) => any} */
 const $ = (id) => document.getElementById(id);
@@ -36,10 +36,7 @@ function readLog(csv, known) {
   const fail = (line, c, what) => { throw Error(`line ${line}, column ${c + 1}${what}`); };
   const lines = csv.trimEnd().split(/\r?\n/), names = lines[0].split(",").map((name) => name.trim());
   const columns = names.map((name) => known.indexOf(name)), count = lines.length - 1;
-  names.forEach((name, c) => {
-    if (name !== "time" && columns[c] < 0) fail(1, c, `: there is no joint "${name}"`);
-    if (names.indexOf(name) < c) fail(1, c, `: the column "${name}" occurs twice`);
-  });
+  names.forEach((name, c) => name === "time" || columns[c] >= 0 || fail(1, c, `: there is no joint "${name}"`));
   if (!names.includes("time")) throw Error("line 1: the column \"time\" is missing");
   if (!count) throw Error("line 2: there is no row of values");
   const times = [], states = new Float32Array(count * known.length);
@@ -54,7 +51,6 @@ function readLog(csv, known) {
       if (columns[c] < 0) times.push(value);
       else states[i * known.length + columns[c]] = value;
     });
-    if (cells.length > names.length) fail(i + 2, names.length, ": the first line does not name this column");
   }
   return {times, states};
 }
@@ -197,6 +193,7 @@ function run(code) {
     play(false);
     set(Math.fround(Number(input.value)));
     change();
+    drawCurves();
   });
   const limbRow = (b, name, ...children) => {
     const row = make("div", {className: "row limb"}, make("span", {}, name), ...children);
@@ -289,7 +286,6 @@ function run(code) {
     chosen = body;
     sliders.forEach(({row}, i) => row.classList.toggle("chosen", bodyOf(i) === body));
     torques.forEach(({row}, k) => row.classList.toggle("chosen", k + 1 === body));
-    $("spoken").textContent = names[body] || "";
     scene.mark(body);
     showBody();
     drawCurves();
@@ -384,7 +380,7 @@ function run(code) {
     try {
       const {times, states} = readLog(csv, coordinates), step = Math.ceil(times.length / 4000);
       const some = states.filter((_, i) => Math.floor(i / 21) % step === 0);
-      log = {times, states, step, curves: robot.curves(some, load())};
+      log = {times, states, step, some};
     } catch (error) { return say(`${file}: ${/** @type {Error} */ (error).message}.`); }
     say("");
     $("log").hidden = false;
@@ -418,18 +414,13 @@ function run(code) {
     };
     requestAnimationFrame(step);
   }
-  const plot = document.createElement("canvas"), pen = /** @type {any} */ (plot.getContext("2d"));
-  const LEFT = 44, RIGHT = 100;
+  const plot = document.createElement("canvas"), pen = /** @type {any} */ (plot.getContext("2d")), LEFT = 44, RIGHT = 100;
   let across = (t) => t; // the place of a time
-  /** Draws some of the curves. @param {{c: number, name: string, colour: string, from: number}[]} all */
-  function drawChart(title, top, bottom, all) {
-    if (!log) return;
-    const {times, curves, step} = log, right = plot.width / devicePixelRatio - RIGHT;
-    const lines = all.map((line) =>
-      ({...line, points: curves.filter((_, i) => i % 18 === line.c).map((value) => value - line.from)}));
-    const high = Math.max(...lines.map(({points}) => points.reduce((a, b) => Math.max(a, b), 1e-3)));
-    const low = Math.min(...lines.map(({points}) => points.reduce((a, b) => Math.min(a, b), 0)));
-    const y = (value) => top + (bottom - top) * (high - value) / (high - low), taken = [];
+  /** Draws curves, each with the name and colour of its line, over the points of time. */
+  function drawChart(title, top, bottom, times, lines) {
+    const all = lines.flatMap(({points}) => points), right = across(times[times.length - 1]), taken = [];
+    const [low, high] = all.reduce(([a, b], value) => [Math.min(a, value), Math.max(b, value)], [0, 1e-3]);
+    const y = (value) => top + (bottom - top) * (high - value) / (high - low), last = (points) => points[points.length - 1];
     Object.assign(pen, {fillStyle: getComputedStyle($("curves")).color, globalAlpha: 0.65, textAlign: "right"});
     for (const value of [0, low, high]) {
       if (value === 0 || Math.abs(y(value) - y(0)) > 11) pen.fillText(Number(value.toPrecision(2)), LEFT - 6, y(value));
@@ -437,32 +428,32 @@ function run(code) {
     }
     pen.textAlign = "left";
     pen.fillText(title, LEFT, top - 10);
-    const last = ({c, points}) => c === chosen - 1 ? Infinity : Math.abs(points[points.length - 1]);
-    for (const {c, name, colour, points} of lines.sort((a, b) => last(b) - last(a))) {
-      const strong = c === chosen - 1, at = y(points[points.length - 1]);
-      Object.assign(pen, {strokeStyle: colour, fillStyle: colour, lineWidth: strong ? 2.5 : 1.2,
-        globalAlpha: strong || c > 14 || chosen < 1 ? 1 : 0.4});
+    lines.sort((a, b) => Number(b.strong) - Number(a.strong) || Math.abs(last(b.points)) - Math.abs(last(a.points)));
+    for (const {name, colour, points, strong} of lines) {
+      const at = y(last(points)), globalAlpha = strong || chosen < 1 ? 1 : 0.55;
+      Object.assign(pen, {strokeStyle: colour, fillStyle: colour, lineWidth: strong ? 2.5 : 1.2, globalAlpha});
       pen.beginPath();
-      points.forEach((value, i) => pen.lineTo(across(times[i * step]), y(value)));
+      points.forEach((value, i) => pen.lineTo(across(times[i]), y(value)));
       pen.stroke();
-      if (!taken.some((other) => Math.abs(other - at) < 11)) pen.fillText(name, right + 6, at) || taken.push(at);
+      if (!taken.some((other) => Math.abs(other - at) < 11)) pen.fillText(name, right + 6, at);
+      taken.push(at);
     }
   }
   /** Draws all curves on a canvas of their own. A picture only adds the time. */
   function drawCurves() {
     if (!log) return;
     const {clientWidth: width, clientHeight: height} = $("curves"), split = Math.round(height * 0.6);
-    const {times, curves} = log, span = times[times.length - 1] - times[0] || 1;
+    const {times, step, some} = log, span = times[times.length - 1] - times[0] || 1, values = robot.curves(some, load());
     across = (t) => LEFT + (width - LEFT - RIGHT) * (t - times[0]) / span;
-    for (const sheet of [$("curves"), plot]) {
-      [sheet.width, sheet.height] = [width * devicePixelRatio, height * devicePixelRatio];
-    }
+    const size = {width: width * devicePixelRatio, height: height * devicePixelRatio};
+    for (const sheet of [$("curves"), plot]) Object.assign(sheet, size);
     pen.scale(devicePixelRatio, devicePixelRatio);
     Object.assign(pen, {font: "11px system-ui, Arial, sans-serif", textBaseline: "middle"});
-    drawChart("torques at rest, N m", 20, split - 10, names.slice(1).map((name, c) => ({c, name, from: 0,
-      colour: limbOf(c + 1).colour})));
-    drawChart("centre of mass, m from where it was first", split + 20, height - 8, [RED, GREEN, BLUE].map((colour, i) =>
-      ({c: 15 + i, name: "xyz"[i], from: curves[15 + i], colour})));
+    const rows = times.filter((_, i) => i % step === 0), curve = (c) => values.filter((_, i) => i % 18 === c);
+    drawChart("torques at rest, N m", 20, split - 10, rows, names.slice(1).map((name, k) =>
+      ({name, points: curve(k), colour: limbOf(k + 1).colour, strong: k + 1 === chosen})));
+    drawChart("centre of mass, m from where it was first", split + 20, height - 8, rows, [RED, GREEN, BLUE].map((colour, i) =>
+      ({name: "xyz"[i], points: curve(15 + i).map((x) => x - values[15 + i]), colour, strong: true})));
     showTime();
   }
   function showTime() {
@@ -487,35 +478,27 @@ function run(code) {
     change();
   };
   const undo = () => {
-    if (!past.length) return;
     play(false);
-    history.replaceState(null, "", past.pop());
+    history.replaceState(null, "", past.pop() || location.hash);
     $("undo").disabled = !past.length;
     go();
   };
   const close = () => { play(false); log = null; $("log").hidden = true; };
   const reset = () => { close(); set(FIRST); view(3, -1.6, 0.7); };
   const clicks = {zero: () => set({q: ZERO}), greeting: () => set({q: FIRST.q}), hanging: () => set({q: HANGING}), undo,
-    reset, close, front: () => view(1, 0, 0), side: () => view(0, -1, 0), top: () => view(-1e-3, 0, 1),
-    play: () => play(!playing), example: () => open($("example-log").textContent.trim(), "example-log.csv")};
+    reset, close, play: () => play(!playing), example: () => open($("example-log").textContent.trim(), "example-log.csv")};
   for (const [id, click] of Object.entries(clicks)) $(id).addEventListener("click", click);
-  for (const button of /** @type {any} */ (document.querySelectorAll("button.copy"))) {
-    button.addEventListener("click", async () => {
-      const was = button.textContent;
-      const copying = navigator.clipboard.writeText(toText(button.value));
-      button.textContent = await copying.then(() => "Copied", () => "Not allowed");
-      setTimeout(() => { button.textContent = was; }, 1200);
-    });
-  }
+  document.addEventListener("click", async ({target: button}) => {
+    if (!(button instanceof HTMLButtonElement) || button.className !== "copy") return;
+    const was = button.textContent, copying = navigator.clipboard.writeText(toText(button.value));
+    button.textContent = await copying.then(() => "Copied", () => "Not allowed");
+    setTimeout(() => { button.textContent = was; }, 1200);
+  });
   const openFile = async (file) => { if (file) open(await file.text(), file.name); };
   for (const id of ["inertia", "table", "texts"]) $(id).addEventListener("toggle", show);
   $("scrub").addEventListener("input", () => { play(false); seek(Number($("scrub").value)); });
   $("file").addEventListener("change", () => openFile($("file").files[0]));
-  $("scene").addEventListener("keydown", ({key}) => {
-    const way = {n: 1, p: -1}[key.toLowerCase()];
-    if (way) choose((Math.max(chosen, way < 0 ? 0 : -1) + way + names.length) % names.length);
-  });
-  addEventListener("keydown", (event) => { if (event.ctrlKey && event.key === "z") undo(); });
+  addEventListener("keydown", ({ctrlKey, key}) => ctrlKey && key === "z" && undo());
   addEventListener("dragover", (event) => event.preventDefault());
   addEventListener("drop", (event) => {
     event.preventDefault();
