@@ -4,10 +4,9 @@
 /** @typedef {{name: string, mass: number, position: number[], rotation: number[], com: number[]}} BodyReport
  * @typedef {{mass: number, com: number[], bodies: BodyReport[], joints: {torque: number}[],
  *   generalized_mass: number[][]}} Report as lumo-inspect writes it
- * @typedef {{q: number[], wrench: number[], loaded: number, base: number}} State the coordinates; a wrench on the body
- *   `loaded`; the body that is fixed in the world
- * @typedef {{times: number[], states: Float32Array, step: number, some: Float32Array}} Log `some` has the states of
- *   every step-th row, for the curves */
+ * @typedef {{q: number[], wrench: number[], loaded: number, base: number}} State with a wrench on the body `loaded`
+ * @typedef {{times: number[], states: Float32Array, step: number, some: Float32Array}} Log every step-th state is in
+ *   `some`, for the curves */
 
 /** @type {(id: string) => any} */
 const $ = (id) => document.getElementById(id);
@@ -23,10 +22,8 @@ function make(tag, properties = {}, ...children) {
   return node;
 }
 /** Writes a float with the fewest digits that identify it. @param {number} x */
-function shortest(x) {
-  const short = (digits) => Number(x.toPrecision(digits));
-  return String(short([1, 2, 3, 4, 5, 6, 7, 8].find((n) => Math.fround(short(n)) === Math.fround(x)) || 9));
-}
+const shortest = (x) => String([1, 2, 3, 4, 5, 6, 7, 8, 9].map((digits) => Number(x.toPrecision(digits)))
+  .find((short) => Math.fround(short) === Math.fround(x)));
 const list = (values) => values.map(shortest).join(",");
 /** Writes a number with this many digits after the point, and no -0. @param {number} x */
 const fixed = (x, digits = 4) => x.toFixed(digits).replace(/^-(0\.?0*)$/, "$1");
@@ -178,7 +175,7 @@ function run(code) {
   const robot = new code.Robot(), model = JSON.parse(robot.model());
   /** @type {State} The robot stands on the last body of its leg. */
   const FIRST = {q: model.greeting, wrench: Array(6).fill(0), loaded: 15, base: 10};
-  const past = /** @type {string[]} */ ([]), load = () => [state.loaded, ...state.wrench, state.base];
+  const load = () => [state.loaded, ...state.wrench, state.base];
   const compute = () => /** @type {Report} */ (JSON.parse(robot.report(state.q, load())));
   const copy = (/** @type {State} */ from) => ({...from, q: from.q.map(Math.fround), wrench: [...from.wrench]});
   let state = copy(FIRST), report = compute(), log = /** @type {Log | null} */ (null);
@@ -268,18 +265,15 @@ function run(code) {
     showTime();
     scene.draw(report);
   }
-  /** Shows the state in the next picture, and in the address when it has not changed for a while. */
+  /** Shows the state in the next picture. When it has not changed for a while, it becomes the address, and the earlier
+   * one stays in the history of the browser. */
   function change() {
     if (!waiting) requestAnimationFrame(() => { waiting = false; show(); });
     waiting = true;
     clearTimeout(settled);
     if (!playing) settled = window.setTimeout(settle, 300);
   }
-  function settle() {
-    if (address() === location.hash) return;
-    $("undo").disabled = !past.push(location.hash);
-    history.replaceState(null, "", address());
-  }
+  function settle() { if (address() !== location.hash) history.pushState("changed", "", address()); }
   /** @param {number} body */
   function choose(body) {
     if (body === chosen) return;
@@ -414,13 +408,14 @@ function run(code) {
     };
     requestAnimationFrame(step);
   }
-  const plot = document.createElement("canvas"), pen = /** @type {any} */ (plot.getContext("2d")), LEFT = 44, RIGHT = 100;
+  const plot = document.createElement("canvas"), pen = /** @type {any} */ (plot.getContext("2d"));
+  const LEFT = 44, RIGHT = 100;
   let across = (t) => t; // the place of a time
   /** Draws curves, each with the name and colour of its line, over the points of time. */
   function drawChart(title, top, bottom, times, lines) {
     const all = lines.flatMap(({points}) => points), right = across(times[times.length - 1]), taken = [];
     const [low, high] = all.reduce(([a, b], value) => [Math.min(a, value), Math.max(b, value)], [0, 1e-3]);
-    const y = (value) => top + (bottom - top) * (high - value) / (high - low), last = (points) => points[points.length - 1];
+    const y = (value) => top + (bottom - top) * (high - value) / (high - low), last = (points) => points.slice(-1)[0];
     Object.assign(pen, {fillStyle: getComputedStyle($("curves")).color, globalAlpha: 0.65, textAlign: "right"});
     for (const value of [0, low, high]) {
       if (value === 0 || Math.abs(y(value) - y(0)) > 11) pen.fillText(Number(value.toPrecision(2)), LEFT - 6, y(value));
@@ -430,7 +425,9 @@ function run(code) {
     pen.fillText(title, LEFT, top - 10);
     lines.sort((a, b) => Number(b.strong) - Number(a.strong) || Math.abs(last(b.points)) - Math.abs(last(a.points)));
     for (const {name, colour, points, strong} of lines) {
-      const at = y(last(points)), globalAlpha = strong || chosen < 1 ? 1 : 0.55;
+      const globalAlpha = strong || chosen < 1 ? 1 : 0.55;
+      let at = y(last(points));
+      while (strong && taken.some((other) => Math.abs(other - at) < 11)) at += 1;
       Object.assign(pen, {strokeStyle: colour, fillStyle: colour, lineWidth: strong ? 2.5 : 1.2, globalAlpha});
       pen.beginPath();
       points.forEach((value, i) => pen.lineTo(across(times[i]), y(value)));
@@ -450,10 +447,11 @@ function run(code) {
     pen.scale(devicePixelRatio, devicePixelRatio);
     Object.assign(pen, {font: "11px system-ui, Arial, sans-serif", textBaseline: "middle"});
     const rows = times.filter((_, i) => i % step === 0), curve = (c) => values.filter((_, i) => i % 18 === c);
-    drawChart("torques at rest, N m", 20, split - 10, rows, names.slice(1).map((name, k) =>
-      ({name, points: curve(k), colour: limbOf(k + 1).colour, strong: k + 1 === chosen})));
-    drawChart("centre of mass, m from where it was first", split + 20, height - 8, rows, [RED, GREEN, BLUE].map((colour, i) =>
-      ({name: "xyz"[i], points: curve(15 + i).map((x) => x - values[15 + i]), colour, strong: true})));
+    const torque = (name, k) => ({name, points: curve(k), colour: limbOf(k + 1).colour, strong: k + 1 === chosen});
+    const way = (c) => curve(c).map((x) => x - values[c]);
+    const com = (colour, i) => ({name: "xyz"[i], points: way(15 + i), colour, strong: true});
+    drawChart("torques at rest, N m", 20, split - 10, rows, names.slice(1).map(torque));
+    drawChart("way of the centre of mass, m", split + 20, height - 8, rows, [RED, GREEN, BLUE].map(com));
     showTime();
   }
   function showTime() {
@@ -471,22 +469,20 @@ function run(code) {
   const set = (next) => { play(false); state = copy({...state, ...next}); change(); };
   const view = (...from) => scene.look([report.com[0], report.com[1], report.com[2] + 0.18], from);
   const go = () => {
+    play(false);
     say("");
     try {
       if (location.hash) restore();
     } catch (error) { say(/** @type {Error} */ (error).message); }
     change();
+    drawCurves();
   };
-  const undo = () => {
-    play(false);
-    history.replaceState(null, "", past.pop() || location.hash);
-    $("undo").disabled = !past.length;
-    go();
-  };
+  const undo = () => { if (history.state === "changed") history.back(); };
   const close = () => { play(false); log = null; $("log").hidden = true; };
   const reset = () => { close(); set(FIRST); view(3, -1.6, 0.7); };
   const clicks = {zero: () => set({q: ZERO}), greeting: () => set({q: FIRST.q}), hanging: () => set({q: HANGING}), undo,
-    reset, close, play: () => play(!playing), example: () => open($("example-log").textContent.trim(), "example-log.csv")};
+    reset, close, play: () => play(!playing),
+    example: () => open($("example-log").textContent.trim(), "example-log.csv")};
   for (const [id, click] of Object.entries(clicks)) $(id).addEventListener("click", click);
   document.addEventListener("click", async ({target: button}) => {
     if (!(button instanceof HTMLButtonElement) || button.className !== "copy") return;
@@ -494,23 +490,22 @@ function run(code) {
     button.textContent = await copying.then(() => "Copied", () => "Not allowed");
     setTimeout(() => { button.textContent = was; }, 1200);
   });
-  const openFile = async (file) => { if (file) open(await file.text(), file.name); };
+  const openFile = async ([file]) => { if (file) open(await file.text(), file.name); };
   for (const id of ["inertia", "table", "texts"]) $(id).addEventListener("toggle", show);
   $("scrub").addEventListener("input", () => { play(false); seek(Number($("scrub").value)); });
-  $("file").addEventListener("change", () => openFile($("file").files[0]));
+  $("file").addEventListener("change", () => openFile($("file").files));
   addEventListener("keydown", ({ctrlKey, key}) => ctrlKey && key === "z" && undo());
   addEventListener("dragover", (event) => event.preventDefault());
   addEventListener("drop", (event) => {
     event.preventDefault();
-    if (event.dataTransfer) openFile(event.dataTransfer.files[0]);
+    openFile(event.dataTransfer ? event.dataTransfer.files : []);
   });
-  addEventListener("hashchange", go);
+  addEventListener("popstate", go);
   new ResizeObserver(drawCurves).observe($("curves"));
   $("summary").textContent = `${fixed(report.mass, 3)} kg, 16 bodies, 21 degrees of freedom`;
   go();
   history.replaceState(null, "", address());
   show();
-  $("undo").disabled = true;
   view(3, -1.6, 0.7);
   Object.assign(window, {page: {code, scene, open, set, show}}); // for tests
 }
