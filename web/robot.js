@@ -200,7 +200,7 @@ function run(code) {
   };
   for (const {name, colour} of model.limbs) {
     const unit = make("small", {}, name === "torso" ? " m, rad" : " rad");
-    $("state").append(make("fieldset", {className: "limb"}, make("legend", {}, name, unit)));
+    $("state").append(make("fieldset", {className: "limb"}, make("legend", {}, name[0].toUpperCase() + name.slice(1), unit)));
     $("state").lastChild.style.setProperty("--limb", colour);
   }
   const sliders = coordinates.map((name, i) => {
@@ -250,7 +250,7 @@ function run(code) {
     });
     forces.forEach((input, i) => fill(input, shortest(state.wrench[i])));
     for (const id of ["base", "loaded"]) $(id).value = state[id];
-    report.com.forEach((value, i) => { $(`com-${"xyz"[i]}`).textContent = fixed(value); });
+    report.com.forEach((value, i) => { $("com").children[2 * i + 1].textContent = fixed(value); });
     const most = Math.max(0.01, ...report.joints.map(({torque}) => Math.abs(torque)));
     const power = 10 ** Math.floor(Math.log10(most)), full = ([1, 2, 5].find((n) => n * power >= most) || 10) * power;
     $("full").textContent = `N m, a full bar is ${shortest(full)}`;
@@ -490,7 +490,7 @@ function run(code) {
     button.textContent = await copying.then(() => "Copied", () => "Not allowed");
     setTimeout(() => { button.textContent = was; }, 1200);
   });
-  const openFile = async ([file]) => { if (file) open(await file.text(), file.name); };
+  const openFile = async (/** @type {File[]} */ [file]) => { if (file) open(await file.text(), file.name); };
   for (const id of ["inertia", "table", "texts"]) $(id).addEventListener("toggle", show);
   $("scrub").addEventListener("input", () => { play(false); seek(Number($("scrub").value)); });
   $("file").addEventListener("change", () => openFile($("file").files));
@@ -498,7 +498,7 @@ function run(code) {
   addEventListener("dragover", (event) => event.preventDefault());
   addEventListener("drop", (event) => {
     event.preventDefault();
-    openFile(event.dataTransfer ? event.dataTransfer.files : []);
+    openFile([...(event.dataTransfer ? event.dataTransfer.files : [])]);
   });
   addEventListener("popstate", go);
   new ResizeObserver(drawCurves).observe($("curves"));
