@@ -200,7 +200,8 @@ function run(code) {
   };
   for (const {name, colour} of model.limbs) {
     const unit = make("small", {}, name === "torso" ? " m, rad" : " rad");
-    $("state").append(make("fieldset", {className: "limb"}, make("legend", {}, name[0].toUpperCase() + name.slice(1), unit)));
+    const legend = make("legend", {}, name[0].toUpperCase() + name.slice(1), unit);
+    $("state").append(make("fieldset", {className: "limb"}, legend));
     $("state").lastChild.style.setProperty("--limb", colour);
   }
   const sliders = coordinates.map((name, i) => {
@@ -440,7 +441,7 @@ function run(code) {
   function drawCurves() {
     if (!log) return;
     const {clientWidth: width, clientHeight: height} = $("curves"), split = Math.round(height * 0.6);
-    const {times, step, some} = log, span = times[times.length - 1] - times[0] || 1, values = robot.curves(some, load());
+    const {times, step, some} = log, values = robot.curves(some, load()), span = Number($("scrub").max) - times[0] || 1;
     across = (t) => LEFT + (width - LEFT - RIGHT) * (t - times[0]) / span;
     const size = {width: width * devicePixelRatio, height: height * devicePixelRatio};
     for (const sheet of [$("curves"), plot]) Object.assign(sheet, size);
