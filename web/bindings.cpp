@@ -104,9 +104,8 @@ class Robot {
     const Vector3f com = lumo::toMatrix(robot_->getComPosition()), weight(0, 0, -9.81F * robot_->getMass());
     const Vector3f f = loaded.leftCols<3>() * Vector3f(wrench.data());
     const Vector3f t = loaded.leftCols<3>() * Vector3f(wrench.data() + 3);
-    const Vector3f force = weight + f;
     const Vector3f torque = (com - fixed.col(3)).cross(weight) + (loaded.col(3) - fixed.col(3)).cross(f) + t;
-    Vector3f::Map(baseWrench_.data()) -= fixed.leftCols<3>().transpose() * force;
+    Vector3f::Map(baseWrench_.data()) -= fixed.leftCols<3>().transpose() * (weight + f);
     Vector3f::Map(baseWrench_.data() + 3) -= fixed.leftCols<3>().transpose() * torque;
     robot_->setExternalWrench(base, baseWrench_);
   }

@@ -62,7 +62,7 @@ function makeScene(model, choose) {
   const controls = Object.assign(new THREE.OrbitControls(camera, canvas), {enableKeys: false});
   const light = new THREE.DirectionalLight("white", 0.55);
   light.position.set(2, -1, 4);
-  scene.add(new THREE.HemisphereLight("#ffffff", "#9aa0aa", 0.75), light);
+  scene.add(light, new THREE.HemisphereLight("#ffffff", "#9aa0aa", 0.75));
 
   const cylinder = new THREE.CylinderGeometry(1, 1, 1, 20), ball = new THREE.SphereGeometry(1, 32, 20);
   const add = (parent, shape, material, size, body = -1) => {
@@ -145,7 +145,8 @@ function makeScene(model, choose) {
     const zoom = {"+": 0.9, "=": 0.9, "-": 1.1}[key] || 1, away = camera.position.clone().sub(controls.target);
     const right = vector().crossVectors(up, away).normalize(), over = vector().crossVectors(away, right).normalize();
     if (shiftKey) controls.target.addScaledVector(right, -0.05 * x).addScaledVector(over, -0.05 * y);
-    else away.applyAxisAngle(right, -0.08 * y).applyAxisAngle(up, 0.08 * x);
+    else away.applyAxisAngle(right, Math.abs(away.z) > 0.98 * away.length() && y * away.z > 0 ? 0 : -0.08 * y);
+    if (!shiftKey) away.applyAxisAngle(up, 0.08 * x);
     camera.position.copy(away.multiplyScalar(zoom)).add(controls.target);
     controls.update();
   });
@@ -156,10 +157,8 @@ function makeScene(model, choose) {
     const hit = hits.find(({object}) => !object.material.transparent) || hits[0];
     return hit ? hit.object.userData.body : -1;
   };
-  canvas.addEventListener("pointerdown", (event) => choose(under(event)));
-  canvas.addEventListener("pointermove", (event) => {
-    if (!event.buttons && under(event) >= 0) choose(under(event));
-  });
+  canvas.onpointerdown = (event) => choose(under(event));
+  canvas.onpointermove = (event) => event.buttons || under(event) < 0 || choose(under(event));
   /** Marks a body and the axis of its joint. @param {number} chosen */
   const mark = (chosen) => {
     bodies.forEach(({look: own}, b) => own.emissive.set(b === chosen ? "#3a3a3a" : "black"));
@@ -185,34 +184,25 @@ function run(code) {
   const scene = makeScene(model, choose), say = (what) => { $("message").textContent = what; };
 
   // The parts of the page with an entry for each coordinate, joint or body.
-  const listen = (input, set) => input.addEventListener("input", () => {
-    if (input.value === "" || !Number.isFinite(Number(input.value))) return;
+  const typed = (set) => ({target: {value}}) => {
+    if (value === "" || !Number.isFinite(Number(value))) return;
     play(false);
-    set(Math.fround(Number(input.value)));
+    set(Math.fround(Number(value)));
     change();
     drawCurves();
-  });
-  const limbRow = (b, name, ...children) => {
-    const row = make("div", {className: "row limb"}, make("span", {}, name), ...children);
-    row.style.setProperty("--limb", limbOf(b).colour);
-    row.addEventListener("pointerenter", () => choose(b));
-    return row;
   };
+  const limbRow = (b, name, ...children) => make("div", {className: "row limb", style: `--limb: ${limbOf(b).colour}`,
+    onpointerenter: () => choose(b)}, make("span", {}, name), ...children);
   for (const {name, colour} of model.limbs) {
-    const unit = make("small", {}, name === "torso" ? " m, rad" : " rad");
-    const legend = make("legend", {}, name[0].toUpperCase() + name.slice(1), unit);
-    $("state").append(make("fieldset", {className: "limb"}, legend));
-    $("state").lastChild.style.setProperty("--limb", colour);
+    const legend = make("legend", {}, name, make("small", {}, name === "torso" ? " m, rad" : " rad"));
+    $("state").append(make("fieldset", {className: "limb", style: `--limb: ${colour}`}, legend));
   }
   const sliders = coordinates.map((name, i) => {
-    const most = i < 3 ? 2 : 3.14, ariaLabel = `${name}, ${i < 3 ? "m" : "rad"}`, body = bodyOf(i);
-    const range = make("input", {type: "range", min: -most, max: most, step: 0.01, ariaLabel, id: `range-${name}`});
-    const number = make("input", {type: "number", step: 0.01, ariaLabel, id: name});
+    const most = i < 3 ? 2 : 3.14, body = bodyOf(i), both = {step: 0.01, ariaLabel: `${name}, ${i < 3 ? "m" : "rad"}`,
+      oninput: typed((x) => { state.q[i] = x; }), onfocus: () => choose(body)};
+    const range = make("input", {type: "range", min: -most, max: most, ...both, id: `range-${name}`});
+    const number = make("input", {type: "number", ...both, id: name});
     const row = limbRow(body, name, range, number);
-    for (const input of [range, number]) {
-      listen(input, (x) => { state.q[i] = x; });
-      input.addEventListener("focus", () => choose(body));
-    }
     $("state").children[model.bodies[body].limb].append(row);
     return {row, range, number};
   });
@@ -223,14 +213,14 @@ function run(code) {
     return {row, bar, value};
   });
   const forces = WRENCH.map((name, i) => {
-    const input = make("input", {type: "number", step: i < 3 ? 1 : 0.1, id: name});
-    listen(input, (x) => { state.wrench[i] = x; });
+    const oninput = typed((x) => { state.wrench[i] = x; });
+    const input = make("input", {type: "number", step: i < 3 ? 1 : 0.1, id: name, oninput});
     $("forces").append(make("label", {}, `${name}, ${i < 3 ? "N" : "N m"}`, input));
     return input;
   });
   for (const id of ["base", "loaded"]) {
     $(id).append(...names.map((name, b) => make("option", {value: b}, name)));
-    listen($(id), (b) => { state[id] = b; });
+    $(id).oninput = typed((b) => { state[id] = b; });
   }
   const columns = ["x", "y", "z", ...[1, 2, 3].flatMap((i) => [1, 2, 3].map((j) => `R${i}${j}`))];
   const rowOf = (body) => [...body.position, ...body.rotation];
@@ -275,7 +265,6 @@ function run(code) {
     if (!playing) settled = window.setTimeout(settle, 300);
   }
   function settle() { if (address() !== location.hash) history.pushState("changed", "", address()); }
-  /** @param {number} body */
   function choose(body) {
     if (body === chosen) return;
     chosen = body;
@@ -314,14 +303,14 @@ function run(code) {
     entry = place.map((k) => Math.min(coordinates.length - 1, Math.max(0, Math.floor(k))));
     showMatrix();
   };
-  $("matrix").addEventListener("pointermove", ({offsetX, offsetY}) => {
-    pick(21 * offsetY / $("matrix").clientHeight, 21 * offsetX / $("matrix").clientWidth);
-  });
-  $("matrix").addEventListener("keydown", (event) => {
+  $("matrix").onpointermove = ({offsetX, offsetY, target}) =>
+    pick(21 * offsetY / target.clientHeight, 21 * offsetX / target.clientWidth);
+  $("matrix").onkeydown = (event) => {
     const way = {ArrowLeft: [0, -1], ArrowRight: [0, 1], ArrowUp: [-1, 0], ArrowDown: [1, 0]}[event.key];
-    if (way) pick(entry[0] + way[0], entry[1] + way[1]);
-    if (way) event.preventDefault();
-  });
+    if (!way) return;
+    event.preventDefault();
+    pick(entry[0] + way[0], entry[1] + way[1]);
+  };
 
   function address() {
     const {q, wrench, loaded, base} = state, angles = coordinates.map((name, i) => `${name}=${shortest(q[i])}`);
@@ -332,15 +321,16 @@ function run(code) {
   /** Sets the state of the address. Throws an Error if it is wrong. */
   function restore() {
     const next = {...FIRST, q: Array(21).fill(0)};
-    for (const part of decodeURIComponent(location.hash.slice(1)).split("&").filter(Boolean)) {
-      const [name, ...values] = part.split(/[=,]/), i = coordinates.indexOf(name), body = names.indexOf(values[0]);
-      const ofBody = name === "wrench" || name === "base", numbers = values.slice(ofBody ? 1 : 0).map(Number);
-      const count = name === "base" ? 0 : name === "root" || name === "wrench" ? 6 : i > 5 ? 1 : -1;
-      const good = numbers.length === count && numbers.every(Number.isFinite) && !values.includes("");
-      if (!good || ofBody && body < 0) throw Error(`The address is wrong at "${part}".`);
+    for (const part of decodeURIComponent(location.hash.slice(1)).split("&")) {
+      const [name, ...words] = part.split(/[=,]/), i = coordinates.indexOf(name), body = names.indexOf(words[0]);
+      const numbers = words.slice(["wrench", "base"].includes(name) ? 1 : 0).map((word) => word ? Number(word) : NaN);
+      const count = {root: 6, wrench: body < 0 ? -1 : 6, base: body < 0 ? -1 : 0}[name];
+      if (numbers.length !== (count === undefined && i > 5 ? 1 : count) || !numbers.every(Number.isFinite)) {
+        throw Error(`The address is wrong at "${part}".`);
+      }
       if (name === "base") next.base = body;
       else if (name === "wrench") Object.assign(next, {loaded: body, wrench: numbers.map(Math.fround)});
-      else next.q.splice(Math.max(i, 0), count, ...numbers);
+      else next.q.splice(Math.max(i, 0), numbers.length, ...numbers);
     }
     state = copy(next);
   }
@@ -392,7 +382,6 @@ function run(code) {
     state = {...state, q: [...log.states.subarray(21 * row, 21 * row + 21)]};
     change();
   }
-  /** @param {boolean} on */
   function play(on) {
     playing = on && log !== null;
     $("play").textContent = playing ? "Pause" : "Play";
@@ -428,7 +417,7 @@ function run(code) {
     for (const {name, colour, points, strong} of lines) {
       const globalAlpha = strong || chosen < 1 ? 1 : 0.55;
       let at = y(last(points));
-      while (strong && taken.some((other) => Math.abs(other - at) < 11)) at += 1;
+      while (strong && taken.some((other) => Math.abs(other - at) < 11)) at -= 1;
       Object.assign(pen, {strokeStyle: colour, fillStyle: colour, lineWidth: strong ? 2.5 : 1.2, globalAlpha});
       pen.beginPath();
       points.forEach((value, i) => pen.lineTo(across(times[i]), y(value)));
@@ -484,17 +473,18 @@ function run(code) {
   const clicks = {zero: () => set({q: ZERO}), greeting: () => set({q: FIRST.q}), hanging: () => set({q: HANGING}), undo,
     reset, close, play: () => play(!playing),
     example: () => open($("example-log").textContent.trim(), "example-log.csv")};
-  for (const [id, click] of Object.entries(clicks)) $(id).addEventListener("click", click);
-  document.addEventListener("click", async ({target: button}) => {
-    if (!(button instanceof HTMLButtonElement) || button.className !== "copy") return;
-    const was = button.textContent, copying = navigator.clipboard.writeText(toText(button.value));
-    button.textContent = await copying.then(() => "Copied", () => "Not allowed");
-    setTimeout(() => { button.textContent = was; }, 1200);
-  });
+  for (const [id, onclick] of Object.entries(clicks)) Object.assign($(id), {onclick});
+  for (const button of /** @type {any} */ (document.querySelectorAll(".copy"))) {
+    button.onclick = async () => {
+      const was = button.textContent, copying = navigator.clipboard.writeText(toText(button.value));
+      button.textContent = await copying.then(() => "Copied", () => "Not allowed");
+      setTimeout(() => { button.textContent = was; }, 1200);
+    };
+  }
   const openFile = async (/** @type {File[]} */ [file]) => { if (file) open(await file.text(), file.name); };
-  for (const id of ["inertia", "table", "texts"]) $(id).addEventListener("toggle", show);
-  $("scrub").addEventListener("input", () => { play(false); seek(Number($("scrub").value)); });
-  $("file").addEventListener("change", () => openFile($("file").files));
+  for (const id of ["inertia", "table", "texts"]) $(id).ontoggle = show;
+  $("scrub").oninput = () => { play(false); seek(Number($("scrub").value)); };
+  $("file").onchange = () => openFile($("file").files);
   addEventListener("keydown", ({ctrlKey, key}) => ctrlKey && key === "z" && undo());
   addEventListener("dragover", (event) => event.preventDefault());
   addEventListener("drop", (event) => {
