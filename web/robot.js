@@ -24,6 +24,8 @@ function make(tag, properties = {}, ...children) {
 /** Writes a float with the fewest digits that identify it. @param {number} x */
 const shortest = (x) => String([1, 2, 3, 4, 5, 6, 7, 8, 9].map((digits) => Number(x.toPrecision(digits)))
   .find((short) => Math.fround(short) === Math.fround(x)));
+/** Whether a position, an angle or a part of a wrench is so small that all results are finite. @param {number} x */
+const usable = (x) => Math.abs(x) <= 1e6;
 const list = (values) => values.map(shortest).join(",");
 /** Writes a number with this many digits after the point, and no -0. @param {number} x */
 const fixed = (x, digits = 4) => x.toFixed(digits).replace(/^-(0\.?0*)$/, "$1");
@@ -43,7 +45,8 @@ function readLog(csv, known) {
     names.forEach((name, c) => {
       const cell = cells[c] || "", value = Number(cell);
       if (c >= cells.length) fail(i + 2, c, ` (${name}): the value is missing`);
-      if (!cell.trim() || !Number.isFinite(value)) fail(i + 2, c, ` (${name}): "${cell}" is not a number`);
+      const good = cell.trim() && (columns[c] < 0 ? Number.isFinite(value) : usable(value));
+      if (!good) fail(i + 2, c, ` (${name}): "${cell}" is not a usable number`);
       if (value < times[i - 1] && columns[c] < 0) fail(i + 2, c, " (time): the time runs backwards");
       if (columns[c] < 0) times.push(value);
       else states[i * known.length + columns[c]] = value;
@@ -178,14 +181,14 @@ function run(code) {
   const compute = () => /** @type {Report} */ (JSON.parse(robot.report(state.q, load())));
   const copy = (/** @type {State} */ from) => ({...from, q: from.q.map(Math.fround), wrench: [...from.wrench]});
   let state = copy(FIRST), report = compute(), log = /** @type {Log | null} */ (null);
-  let chosen = -1, entry = [16, 16], playing = false, time = 0, waiting = false, settled = 0;
+  let chosen = -1, entry = [16, 16], playing = false, time = 0, waiting = false, settled = 0, frame = 0;
   const names = report.bodies.map(({name}) => name), coordinates = [...ROOT, ...names.slice(1)];
   const limbOf = (b) => model.limbs[model.bodies[b].limb], bodyOf = (i) => Math.max(0, i - 5);
   const scene = makeScene(model, choose), say = (what) => { $("message").textContent = what; };
 
   // The parts of the page with an entry for each coordinate, joint or body.
   const typed = (set) => ({target: {value}}) => {
-    if (value === "" || !Number.isFinite(Number(value))) return;
+    if (value === "" || !usable(Number(value))) return;
     play(false);
     set(Math.fround(Number(value)));
     change();
@@ -321,11 +324,11 @@ function run(code) {
   /** Sets the state of the address. Throws an Error if it is wrong. */
   function restore() {
     const next = {...FIRST, q: Array(21).fill(0)};
-    for (const part of decodeURIComponent(location.hash.slice(1)).split("&")) {
+    for (const part of decodeURIComponent(location.hash.slice(1)).split("&").filter(Boolean)) {
       const [name, ...words] = part.split(/[=,]/), i = coordinates.indexOf(name), body = names.indexOf(words[0]);
       const numbers = words.slice(["wrench", "base"].includes(name) ? 1 : 0).map((word) => word ? Number(word) : NaN);
       const count = {root: 6, wrench: body < 0 ? -1 : 6, base: body < 0 ? -1 : 0}[name];
-      if (numbers.length !== (count === undefined && i > 5 ? 1 : count) || !numbers.every(Number.isFinite)) {
+      if (numbers.length !== (count === undefined && i > 5 ? 1 : count) || !numbers.every(usable)) {
         throw Error(`The address is wrong at "${part}".`);
       }
       if (name === "base") next.base = body;
@@ -385,18 +388,18 @@ function run(code) {
   function play(on) {
     playing = on && log !== null;
     $("play").textContent = playing ? "Pause" : "Play";
+    cancelAnimationFrame(frame);
     if (!log || !playing) return;
     const end = Number($("scrub").max);
     if (time >= end) seek(log.times[0]);
     let last = performance.now();
     const step = (now) => {
-      if (!playing) return;
       seek(Math.min(end, time + Math.max(0, now - last) / 1000 * $("speed").value));
       last = now;
-      if (time < end) requestAnimationFrame(step);
+      if (time < end) frame = requestAnimationFrame(step);
       else play(false);
     };
-    requestAnimationFrame(step);
+    frame = requestAnimationFrame(step);
   }
   const plot = document.createElement("canvas"), pen = /** @type {any} */ (plot.getContext("2d"));
   const LEFT = 44, RIGHT = 100;
@@ -476,8 +479,8 @@ function run(code) {
   for (const [id, onclick] of Object.entries(clicks)) Object.assign($(id), {onclick});
   for (const button of /** @type {any} */ (document.querySelectorAll(".copy"))) {
     button.onclick = async () => {
-      const was = button.textContent, copying = navigator.clipboard.writeText(toText(button.value));
-      button.textContent = await copying.then(() => "Copied", () => "Not allowed");
+      const was = button.textContent, write = async () => navigator.clipboard.writeText(toText(button.value));
+      button.textContent = await write().then(() => "Copied", () => "Not allowed");
       setTimeout(() => { button.textContent = was; }, 1200);
     };
   }

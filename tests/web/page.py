@@ -25,8 +25,8 @@ BAD_LOGS = {
     "time,HeadYaw,Nose\n0,0,0\n": 'line 1, column 3: there is no joint "Nose"',
     "HeadYaw\n0\n": 'line 1: the column "time" is missing',
     "time,x,HeadYaw\n0,1,2\n1,1\n": "line 3, column 3 (HeadYaw): the value is missing",
-    "time,x\r\n0,1\r\n1,1e\r\n": 'line 3, column 2 (x): "1e" is not a number',
-    "time,x\n0,\n": 'line 2, column 2 (x): "" is not a number',
+    "time,x\r\n0,1\r\n1,1e\r\n": 'line 3, column 2 (x): "1e" is not a usable number',
+    "time,x\n0,\n": 'line 2, column 2 (x): "" is not a usable number',
     "x,time\n0,1\n0,0.5\n": "line 3, column 2 (time): the time runs backwards",
 }
 
