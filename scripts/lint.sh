@@ -26,11 +26,11 @@ not=(
 cppcheck --std=c++17 --language=c++ --library=googletest --enable=warning,performance,portability,style "${not[@]}" \
   --inline-suppr --error-exitcode=1 --quiet -j "$(nproc)" -I . "${sources[@]}"
 
-# clang-tidy checks only what is installed and the tools. Benchmarks, examples and fixtures are built with other
-# options, and the tests run under the sanitizers; cppcheck has checked all of them.
+# clang-tidy checks only what is installed and the tools. Benchmarks, examples, fixtures and the page are built with
+# other options, and the tests run under the sanitizers; cppcheck has checked all of them.
 step="configuring the preset release"
 cmake --preset release >/dev/null
 step="running clang-tidy"
-printf '%s\n' "${sources[@]}" | grep -vE '^(benchmarks|examples|tests)/' |
+printf '%s\n' "${sources[@]}" | grep -vE '^(benchmarks|examples|tests|web)/' |
   xargs -P "$(nproc)" -I FILE clang-tidy -p build/release --quiet --extra-arg=-std=c++17 FILE 2>/dev/null
 echo "clang-format, cppcheck and clang-tidy report nothing in ${#sources[@]} files and their headers."

@@ -1,7 +1,7 @@
 #!/bin/bash
 # Checks that the plug-in computes the same bits in all builds: builds it in several ways, computes all results of the
 # same 2,000 states with each build, and compares a hash of each kind of result. --all adds more builds, some for other
-# processors.
+# processors, and one as WebAssembly.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
@@ -33,6 +33,7 @@ fi
 for processor in "${processors[@]}"; do
   ways+=("$processor-gcc -O0" "$processor-gcc -O2" "$processor-gcc -O3")
 done
+[[ -z $all ]] || ways+=(WebAssembly)
 # This build fuses products and sums, so its bits must differ. It shows that the comparison can fail.
 [[ ${ways[*]} != *"$wide"* ]] || ways+=("gcc -O3 $wide, contracted")
 
@@ -45,6 +46,7 @@ build_way() {
   case $compiler in
     gcc) options=(-D CMAKE_CXX_COMPILER=g++) ;;
     clang) options=(-D CMAKE_CXX_COMPILER=clang++) ;;
+    WebAssembly) scripts/web.sh && mkdir -p "$(folder_of "$way")"; return ;;
     *-gcc)
       # The header-only libraries of this machine are used.
       flags+=" -idirafter /usr/include"
@@ -66,6 +68,10 @@ build_way() {
 # Runs lumo-digest with one build and with options. Without options it prints one hash for each kind of result.
 digest() {
   local way=$1 processor=${1%%-gcc *} driver
+  if [[ $way == WebAssembly ]]; then
+    node -e 'require("./build/web/lumo.js")().then((lumo) => process.stdout.write(new lumo.Robot().digest(2000)))'
+    return
+  fi
   driver=("$(folder_of "${ways[0]}")/bin/lumo-digest")
   [[ $processor == "$way" ]] ||
     driver=("qemu-$processor" -L "/usr/$processor-linux-gnu" "$(folder_of "$way")/bin/lumo-digest")
