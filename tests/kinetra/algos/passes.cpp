@@ -32,13 +32,15 @@ TEST(FreeFlyerBodyJoint, TurnsByYawThenPitchThenRoll) {
 }
 
 TEST(Joints, HaveFunctionsThatTakeBracesAndHaveAddresses) {
-  kinetra::FreeFlyerBodyJoint free, alsoFree;
-  void (kinetra::FreeFlyerBodyJoint::*const jcalc)(const Vector6f&, const Vector6f&) = &decltype(free)::jcalc;
+  using Free = kinetra::FreeFlyerBodyJoint;
+  using Revolute = kinetra::RevoluteJointAboutZ;
+  void (Free::*const jcalc)(const Vector6f&, const Vector6f&) = &Free::jcalc;
+  void (Revolute::*const jcalc_pos)(float) = &Revolute::jcalc_pos;
+  Free free, other;
   (free.*jcalc)({1, 2, 3, 4, 5, 6}, {6, 5, 4, 3, 2, 1});
-  alsoFree.jcalc({Vector6f(Vector6f::LinSpaced(1, 6))}, {Vector6f(Vector6f::LinSpaced(6, 1))});
-  EXPECT_TRUE(identical(free.Xj.E.matrix(), alsoFree.Xj.E.matrix()));
-  kinetra::RevoluteJointAboutZ revolute;
-  void (kinetra::RevoluteJointAboutZ::*const jcalc_pos)(float) = &decltype(revolute)::jcalc_pos;
+  other.jcalc({Vector6f(Vector6f::LinSpaced(1, 6))}, {Vector6f(Vector6f::LinSpaced(6, 1))});
+  EXPECT_TRUE(identical(free.Xj.E.matrix(), other.Xj.E.matrix()));
+  Revolute revolute;
   (revolute.*jcalc_pos)(0.5F);
   EXPECT_TRUE(identical(revolute.Xj.E.s(), std::sin(0.5F)));
 }
