@@ -5,6 +5,7 @@ install(TARGETS lumo_norvaX3 LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/lumo)
 install(TARGETS lumo-inspect lumo-digest lumo-urdf)
 install(FILES service/RigidBodySystem.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lumo/service)
 install(FILES host/Plugin.hpp DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/lumo/host)
+install(DIRECTORY examples/host DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
 install(FILES build/web/robot.html DESTINATION ${CMAKE_INSTALL_DOCDIR} OPTIONAL)  # built by scripts/web.sh
 install(FILES ${LUMO_MAN_PAGES} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 

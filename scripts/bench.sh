@@ -6,15 +6,16 @@ set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
 case "$#:${1:-}" in
-  0:) commit="" ;;
+  0:) commit="" packages=("${bench_packages[@]}" "${peer_packages[@]}") others=(bench_peers bench_states lumo_python) ;;
   2:--against)
+    packages=("${bench_packages[@]}") others=()
     commit=$(git rev-parse --verify --quiet "$2^{commit}") || refuse "bench.sh: git finds no commit $2 here"
     ;;
   *) refuse "usage: scripts/bench.sh [--against COMMIT]" ;;
 esac
 
-install_missing "${bench_packages[@]}"
-build release bench_passes bench_peers bench_states lumo_python
+install_missing "${packages[@]}"
+build release bench_passes "${others[@]}"
 plugin=build/release/lib/lumo/norvaX3.so
 compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' build/release/CMakeCache.txt)
 if [[ -n $commit ]]; then

@@ -8,7 +8,7 @@ import sys
 
 PEERS = {"MuJoCo": "#3f6fb0", "Orocos KDL": "#7a5ba8"}  # and their colours
 OURS = "#e08a3c"
-WIDTH, LEFT, RIGHT, TOP = 1120, 270, 130, 100  # of the picture; of what is beside the bars and above them
+WIDTH, LEFT, RIGHT, TOP = 1120, 270, 130, 80  # of the picture; of what is beside the bars and above them
 
 
 def read_times(folder, program):
@@ -101,7 +101,7 @@ def picture(best):
         shapes.append(f"<rect x='{x}' y='44' width='12' height='12' fill='{colour}'/>"
                       f"<text x='{x + 18}' y='54'>{name}</text>")
     return "\n".join([
-        f"<svg xmlns='http://www.w3.org/2000/svg' width='{WIDTH}' height='{y}' viewBox='0 0 {WIDTH} {y}'",
+        f"<svg xmlns='http://www.w3.org/2000/svg' width='{WIDTH}' height='{y + 15}' viewBox='0 0 {WIDTH} {y + 15}'",
         "  font-family='Helvetica, Arial, DejaVu Sans, sans-serif'>",
         "<style>text {font-size: 12.5px; fill: #2b303b} .title {font-size: 20px; font-weight: bold}",
         ".note {font-size: 12px; fill: #6b7482}</style>",
@@ -109,9 +109,9 @@ def picture(best):
         "<text class='title' x='24' y='32'>Time of one call</text>",
         "<text class='note' x='24' y='54'>nanoseconds; shorter is better</text>",
         *shapes,
-        f"<path d='M{floor:.1f} {TOP - 10}V{y - 9}' stroke='black' stroke-width='1.5'/>",
-        f"<text class='note' x='{floor - 5:.1f}' y='{TOP - 16}'>{best['floor']:.0f}: the floor, the sines and cosines of one"
-        " state</text>",
+        f"<path d='M{floor:.1f} {TOP - 10}V{y + 5}' stroke='black' stroke-width='1.5'/>",
+        f"<text class='note' x='{floor + 7:.1f}' y='{y + 4}'>{best['floor']:.0f}, the floor: "
+        "the sines and cosines of one state</text>",
         "</svg>", ""])
 
 

@@ -5,7 +5,7 @@
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/setup.sh"
 
-install_missing dpkg-dev file doxygen "${all_packages[@]}" "${bench_packages[@]}"
+install_missing dpkg-dev file doxygen "${all_packages[@]}" "${bench_packages[@]}" "${peer_packages[@]}"
 make_scratch
 
 step="looking for commands"

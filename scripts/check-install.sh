@@ -32,7 +32,7 @@ assert {'py.typed', '__init__.pyi'} <= set(os.listdir(here))"
     [[ -z $flags ]] || grep -qw avx /proc/cpuinfo || continue
     step="building the example host $flags against $tree"
     rm -rf "$scratch/host"
-    cmake -G Ninja -S examples/host -B "$scratch/host" -DCMAKE_PREFIX_PATH="$tree" -DCMAKE_CXX_FLAGS="$flags" \
+    cmake -G Ninja -S "$tree/share/doc/lumo/examples/host" -B "$scratch/host" -DCMAKE_PREFIX_PATH="$tree" -DCMAKE_CXX_FLAGS="$flags" \
       -DCMAKE_BUILD_TYPE=Release >/dev/null
     cmake --build "$scratch/host" >/dev/null
     step="comparing what the example host $flags prints with README.md"
@@ -61,7 +61,7 @@ step="looking for headers of the package outside of include/lumo"
 (( $(find "$scratch"/root/usr/include -type f -not -path '*/include/lumo/*' | wc -l) == 0 ))
 step="comparing the pictures in docs/ with what the inspector draws"
 build/release/bin/lumo-inspect --svg "$scratch/robot.svg" >/dev/null
-build/release/bin/lumo-inspect --root 0,0,0.75,0,0,0 --axes --svg "$scratch/axes.svg" >/dev/null
+build/release/bin/lumo-inspect --pose zero --axes --svg "$scratch/axes.svg" >/dev/null
 cmp "$scratch/robot.svg" docs/robot.svg
 cmp "$scratch/axes.svg" docs/axes.svg
 

@@ -13,45 +13,39 @@ case "$*" in
 esac
 
 folder=build/reproduce
-# Processors that builds are cross-compiled for and that are emulated. s390x is big-endian.
-processors=()
-[[ -z $all ]] || processors=(aarch64 riscv64 s390x)
-packages=(clang ${all:+qemu-user})
-for processor in "${processors[@]}"; do packages+=("g++-$processor-linux-gnu"); done
+wide="-march=x86-64-v3"
+# All builds are compared with the first one. Its lumo-digest loads the plug-ins of the others, except those that are
+# cross-compiled for another processor, which is emulated. s390x is big-endian.
+ways=("gcc -O3" "clang -O3" "gcc -O0" "gcc -O3 $wide")
+packages=(clang)
+if [[ -n $all ]]; then
+  ways=({gcc,clang}" -O"{3,2,0}{," $wide"} {aarch64,riscv64,s390x}"-gcc -O"{3,2,0} WebAssembly)
+  packages+=(qemu-user g++-{aarch64,riscv64,s390x}-linux-gnu)
+fi
 install_missing "${packages[@]}"
 
-# All builds are compared with the first one. Its lumo-digest loads the plug-ins of the others.
-ways=("gcc -O3" "clang -O3" "gcc -O0")
-[[ -z $all ]] || ways+=("gcc -O2" "clang -O0" "clang -O2")
-wide="-march=x86-64-v3"
 if grep -qw avx2 /proc/cpuinfo && grep -qw fma /proc/cpuinfo; then
-  ways+=("gcc -O3 $wide")
-  [[ -z $all ]] || ways+=("gcc -O0 $wide" "gcc -O2 $wide" "clang -O0 $wide" "clang -O2 $wide" "clang -O3 $wide")
+  # This build fuses products and sums, so its bits must differ. It shows that the comparison can fail.
+  ways+=("gcc -O3 $wide, contracted")
 else
   echo "This processor has no AVX2 and FMA, so the builds with $wide are left out."
+  mapfile -t ways < <(printf '%s\n' "${ways[@]}" | grep -v -e "$wide")
 fi
-for processor in "${processors[@]}"; do
-  ways+=("$processor-gcc -O0" "$processor-gcc -O2" "$processor-gcc -O3")
-done
-[[ -z $all ]] || ways+=(WebAssembly)
-# This build fuses products and sums, so its bits must differ. It shows that the comparison can fail.
-[[ ${ways[*]} != *"$wide"* ]] || ways+=("gcc -O3 $wide, contracted")
 
 folder_of() { tr -s ' ,=' '-' <<<"$folder/$1"; }
 
 # Builds the plug-in in one way, which is named by its compiler and flags.
 build_way() {
-  local way=$1 compiler flags targets=(lumo_norvaX3) options=()
-  compiler=${way%% *} flags=${way#* }
+  local way=$1 compiler=${1%% *} flags=${1#* } targets=(lumo_norvaX3) options=()
   case $compiler in
-    gcc) options=(-D CMAKE_CXX_COMPILER=g++) ;;
-    clang) options=(-D CMAKE_CXX_COMPILER=clang++) ;;
+    gcc) compiler=g++ ;;
+    clang) compiler=clang++ ;;
     WebAssembly) scripts/web.sh && mkdir -p "$(folder_of "$way")"; return ;;
-    *-gcc)
-      # The header-only libraries of this machine are used.
+    *) # The header-only libraries of this machine are used.
       flags+=" -idirafter /usr/include"
-      options=(-D CMAKE_CXX_COMPILER="${compiler%-gcc}-linux-gnu-g++" -D CMAKE_SYSTEM_NAME=Linux
-               -D CMAKE_SYSTEM_PROCESSOR="${compiler%-gcc}" -D fmt_DIR="/usr/lib/$(g++ -dumpmachine)/cmake/fmt")
+      options=(-D CMAKE_SYSTEM_NAME=Linux -D CMAKE_SYSTEM_PROCESSOR="${compiler%-gcc}"
+               -D fmt_DIR="/usr/lib/$(g++ -dumpmachine)/cmake/fmt")
+      compiler=${compiler%-gcc}-linux-gnu-g++
       targets+=(lumo-digest) ;;
   esac
   [[ $way != "${ways[0]}" ]] || targets+=(lumo-digest)
@@ -61,7 +55,8 @@ build_way() {
     options+=(-D CMAKE_CXX_COMPILE_OBJECT="<CMAKE_CXX_COMPILER> <DEFINES> <INCLUDES> <FLAGS> -ffp-contract=fast \
                                            -o <OBJECT> -c <SOURCE>")
   fi
-  cmake -S . -B "$(folder_of "$way")" -G Ninja -D BUILD_TESTING=OFF -D CMAKE_CXX_FLAGS="$flags" "${options[@]}"
+  cmake -S . -B "$(folder_of "$way")" -G Ninja -D BUILD_TESTING=OFF -D CMAKE_CXX_COMPILER="$compiler" \
+    -D CMAKE_CXX_FLAGS="$flags" "${options[@]}"
   cmake --build "$(folder_of "$way")" --target "${targets[@]}"
 }
 

@@ -29,9 +29,9 @@ documented_commands() { awk '/^```/ { fenced = !fenced } !fenced && /^    +[^ |]
 all_packages=(help2man libgtest-dev libmpfr-dev liburdfdom-dev pybind11-dev python3-dev python3-numpy python3-matplotlib
   python3-mypy python3-pytest python3-distributed)
 
-# The packages for the benchmarks.
-bench_packages=(libbenchmark-dev libmujoco-dev liborocos-kdl-dev liburdfdom-dev pybind11-dev python3-dev python3-numpy
-  util-linux)
+# The packages for the benchmarks, and those for the benchmarks of the other libraries and of the Python module.
+bench_packages=(libbenchmark-dev python3 util-linux)
+peer_packages=(libmujoco-dev liborocos-kdl-dev liburdfdom-dev pybind11-dev python3-dev python3-numpy)
 
 # Installs the packages that the plug-in and the inspector need and those in the arguments, if they are missing. Needs
 # root only if one is missing.
