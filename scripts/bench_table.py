@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Prints what scripts/bench.sh measured: bench_table.py FOLDER COMMIT. FOLDER has the results of all rounds. If COMMIT is
-empty, our times are printed beside those of the other libraries, and build/performance.svg shows the same."""
+"""Prints what scripts/bench.sh measured: bench_table.py FOLDER COMMIT. FOLDER has the results of all rounds. If COMMIT
+is empty, our times are printed beside those of the other libraries, and build/performance.svg shows the same."""
 
 import json
 import pathlib
