@@ -32,8 +32,8 @@ assert {'py.typed', '__init__.pyi'} <= set(os.listdir(here))"
     [[ -z $flags ]] || grep -qw avx /proc/cpuinfo || continue
     step="building the example host $flags against $tree"
     rm -rf "$scratch/host"
-    cmake -G Ninja -S "$tree/share/doc/lumo/examples/host" -B "$scratch/host" -DCMAKE_PREFIX_PATH="$tree" -DCMAKE_CXX_FLAGS="$flags" \
-      -DCMAKE_BUILD_TYPE=Release >/dev/null
+    cmake -G Ninja -S "$tree/share/doc/lumo/examples/host" -B "$scratch/host" -DCMAKE_PREFIX_PATH="$tree" \
+      -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_BUILD_TYPE=Release >/dev/null
     cmake --build "$scratch/host" >/dev/null
     step="comparing what the example host $flags prints with README.md"
     "$scratch/host/host" | diff "$scratch/expected" -
