@@ -30,18 +30,19 @@ void computeResults(RigidBodySystem& robot, const RandomState& state, const Use&
   state.setWrenches(robot);
   value("root pose", robot.getRootPose());
   robot.computeFwdKinematics();
-  forEachBody("poses", [&](auto& name, std::size_t b) { value(name, robot.getPose(b)); });
-  forEachBody("poses in root", [&](auto& name, std::size_t b) { value(name, robot.getPoseInRoot(b)); });
+  forEachBody("poses", [&](const auto& name, std::size_t b) { value(name, robot.getPose(b)); });
+  forEachBody("poses in root", [&](const auto& name, std::size_t b) { value(name, robot.getPoseInRoot(b)); });
   value("centres of mass: in the world", robot.getComPosition());
   value("centres of mass: in the root", robot.getComPositionInRoot());
-  forEachBody("bodies' centres of mass", [&](auto& name, std::size_t b) { value(name, robot.getComPosition(b)); });
+  forEachBody("bodies' centres of mass",
+              [&](const auto& name, std::size_t b) { value(name, robot.getComPosition(b)); });
   use("Jacobian", robot.getJacobianInRoot().data(), 6 * 21);
   robot.computeGeneralizedMass();
   use("mass matrix", robot.getGeneralizedMass().data(), 21 * 21);
   forEachBody("partial centres of mass",
-              [&](auto& name, std::size_t b) { value(name, robot.computePartialComPositionInRoot(b)); });
+              [&](const auto& name, std::size_t b) { value(name, robot.computePartialComPositionInRoot(b)); });
   Eigen::Matrix<float, 3, Eigen::Dynamic> J(3, 21);
-  forEachBody("partial com Jacobians", [&](auto& name, std::size_t b) {
+  forEachBody("partial com Jacobians", [&](const auto& name, std::size_t b) {
     robot.computePartialComJacobian(b, J);
     use(name, J.data(), 3 * 21);
   });

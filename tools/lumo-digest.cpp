@@ -21,14 +21,15 @@ namespace {
 void compare(lumo::RigidBodySystem& a, lumo::RigidBodySystem& b, std::uint64_t states, float scale) {
   lumo::forEachState(states, scale, [&](std::uint64_t state, const auto& compute) {
     std::vector<float> others;
-    compute(b, [&](const auto&, const float* values, std::size_t n) { others.insert(others.end(), values, values + n); });
+    compute(b,
+            [&](const auto&, const float* values, std::size_t n) { others.insert(others.end(), values, values + n); });
     auto other = others.begin();
     compute(a, [&](const std::string& name, const float* values, std::size_t n) {
       for (std::size_t k = 0; k < n; ++k) {
         const float x = values[k], y = *other++;
         if (lumo::bitsOf(x) == lumo::bitsOf(y)) continue;
-        throw std::runtime_error(fmt::format("state {}, {}, value {}: {:.9g} ({:a}), in the other plug-in {:.9g} ({:a})",
-                                             state, name, k, x, x, y, y));
+        throw std::runtime_error(fmt::format(
+            "state {}, {}, value {}: {:.9g} ({:a}), in the other plug-in {:.9g} ({:a})", state, name, k, x, x, y, y));
       }
     });
   });

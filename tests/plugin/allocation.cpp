@@ -99,7 +99,8 @@ TEST(Allocation, HappensOnlyInDocumentedOperations) {
 
 /// Lets each allocation of a call fail, alone and then together with all that follow it, and returns the number of
 /// allocations. Each time the call must throw std::bad_alloc, leak no block and leave the object as it was.
-std::size_t failedIn(RigidBodySystem& object, const std::function<void()>& call, const std::function<void()>& check = [] {}) {
+std::size_t failedIn(
+    RigidBodySystem& object, const std::function<void()>& call, const std::function<void()>& check = [] {}) {
   const Answers expected = answers(object);
   for (std::size_t k = 1;; ++k) {
     for (const bool alone : {true, false}) {

@@ -73,7 +73,8 @@ void expectEachAsAlone() {
       const auto results = sinCos<n>(angles.data());
       for (std::size_t i = 0; i < n; ++i) {
         const SinCos alone(angles[i]);
-        EXPECT_TRUE(same(results[i].s, alone.s) && same(results[i].c, alone.c)) << i << " of " << n << ": " << angles[i];
+        EXPECT_TRUE(same(results[i].s, alone.s) && same(results[i].c, alone.c))
+            << i << " of " << n << ": " << angles[i];
       }
     }
   }
