@@ -1,5 +1,6 @@
 #include <cerrno>
 #include <fstream>
+#include <functional>
 
 #include <tests/plugin/answers.hpp>
 #include <tests/plugin/support.hpp>

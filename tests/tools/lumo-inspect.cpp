@@ -30,9 +30,9 @@ std::string contents(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The picture that the inspector draws.
+/// The picture that the inspector draws. Each test has a file of its own, because tests can run at the same time.
 std::string picture(const std::string& options) {
-  const std::string file = testing::TempDir() + "lumo-inspect-picture.svg";
+  const std::string file = testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() + ".svg";
   shown(options + " --svg " + file);
   return contents(file);
 }
