@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <iterator>
 #include <vector>
 
 // How pictures show the robot: the colour of each body, the lines between the joints, the sizes of the masses.
@@ -23,9 +22,9 @@ inline constexpr Limb limbs[] = {
 template <class Parents>
 std::vector<std::size_t> limbOfBodies(const Parents& parents) {
   std::vector<std::size_t> limb{0};
-  std::size_t begun = 0;
+  std::size_t last = 0;
   for (std::size_t b = 1; b < parents.size(); ++b) {
-    limb.push_back(parents[b] == 0 ? 1 + begun++ % (std::size(limbs) - 1) : limb[static_cast<std::size_t>(parents[b])]);
+    limb.push_back(parents[b] == 0 ? ++last : limb[static_cast<std::size_t>(parents[b])]);
   }
   return limb;
 }

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include <CLI/CLI.hpp>
 #include <fmt/format.h>
@@ -16,30 +17,22 @@
 
 namespace {
 
-using lumo::RigidBodySystem;
-
-/// The values of number i, each with its name.
-std::vector<std::pair<std::string, float>> valuesOfNumber(std::uint64_t i, RigidBodySystem& robot, std::uint64_t states,
-                                                          float scale) {
-  std::vector<std::pair<std::string, float>> all;
-  lumo::computeNumber(i, robot, states, scale, [&all](const char* kind, int body, const float* values, std::size_t n) {
-    const std::string name = body < 0 ? kind : fmt::format("{}, body {}", kind, body);
-    for (std::size_t k = 0; k < n; ++k) all.emplace_back(fmt::format("{}, value {}", name, k), values[k]);
-  });
-  return all;
-}
-
 /// Throws an exception that names the first state and the first value of which the bits differ.
-void compare(RigidBodySystem& a, RigidBodySystem& b, std::uint64_t states, float scale) {
-  for (std::uint64_t i = 0; i < lumo::lengthOfSequence(states); ++i) {
-    const auto mine = valuesOfNumber(i, a, states, scale), others = valuesOfNumber(i, b, states, scale);
-    for (std::size_t k = 0; k < mine.size(); ++k) {
-      const float x = mine[k].second, y = others[k].second;
-      if (lumo::bitsOf(x) == lumo::bitsOf(y)) continue;
-      throw std::runtime_error(
-          fmt::format("state {}, {}: {:.9g} ({:a}), in the other plug-in {:.9g} ({:a})", i, mine[k].first, x, x, y, y));
-    }
-  }
+void compare(lumo::RigidBodySystem& a, lumo::RigidBodySystem& b, std::uint64_t states, float scale) {
+  lumo::forEachState(states, scale, [&](std::uint64_t state, const auto& compute) {
+    std::vector<float> others;
+    compute(b,
+            [&](const auto&, const float* values, std::size_t n) { others.insert(others.end(), values, values + n); });
+    auto other = others.begin();
+    compute(a, [&](const std::string& name, const float* values, std::size_t n) {
+      for (std::size_t k = 0; k < n; ++k) {
+        const float x = values[k], y = *other++;
+        if (lumo::bitsOf(x) == lumo::bitsOf(y)) continue;
+        throw std::runtime_error(fmt::format(
+            "state {}, {}, value {}: {:.9g} ({:a}), in the other plug-in {:.9g} ({:a})", state, name, k, x, x, y, y));
+      }
+    });
+  });
 }
 
 void run(int argc, char** argv) {

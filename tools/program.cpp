@@ -44,7 +44,9 @@ void write(const std::string& text) {
 void writeFile(const std::filesystem::path& path, const std::string& text) {
   std::error_code ignored;
   bool replace = !std::filesystem::exists(path, ignored) || std::filesystem::is_regular_file(path, ignored);
-  auto target = path;  // behind symbolic links, which stay
+  // Symbolic links stay, and the file behind them is written. weakly_canonical does not follow a link to a file that
+  // does not exist yet.
+  auto target = path;
   for (int links = 0; links < 40 && replace && std::filesystem::is_symlink(target, ignored); ++links) {
     target = target.parent_path() / std::filesystem::read_symlink(target);
   }

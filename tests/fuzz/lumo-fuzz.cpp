@@ -47,18 +47,16 @@ struct Input {
         1e8F, -1e-4F, 1e-20F, 1e-30F, 1e-40F, -1e38F, Limits::infinity(), Limits::quiet_NaN()};
     const std::uint8_t kind = byte();
     if (kind >= 'A' && kind <= 'Z') return values[kind - 'A'];
-    return from(std::array{byte(), byte(), byte(), byte()}, float());
+    float x;
+    const std::uint8_t bytes[] = {byte(), byte(), byte(), byte()};
+    std::memcpy(&x, bytes, sizeof x);
+    return x;
   }
   /// A value that consists of floats.
   template <class Value>
   Value value() {
-    std::array<float, sizeof(Value) / sizeof(float)> numbers;
-    for (float& x : numbers) x = number();
-    return from(numbers, Value());
-  }
-  template <class Parts, class Value>
-  static Value from(const Parts& parts, Value result) {
-    std::memcpy(static_cast<void*>(&result), parts.data(), sizeof result);
+    Value result;
+    std::generate_n(reinterpret_cast<float*>(&result), sizeof result / sizeof(float), [this] { return number(); });
     return result;
   }
 };

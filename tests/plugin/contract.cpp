@@ -8,17 +8,13 @@ namespace {
 
 using namespace lumo::test;
 
-TEST(Contract, NewObjectHasIdentityPoses) {
+TEST(Contract, NewObjectHasIdentityPosesAndZeroInputsAndResults) {
   const auto system = create();
   for (Size b = 0; b < nb_bodies; ++b) {
     EXPECT_TRUE(identical(frame(system->getPose(b)).matrix(), Eigen::Matrix4d::Identity())) << "body " << b;
     EXPECT_TRUE(identical(frame(system->getPoseInRoot(b)).matrix(), Eigen::Matrix4d::Identity())) << "body " << b;
   }
   EXPECT_TRUE(identical(frame(system->getVolatilePose(0)).matrix(), Eigen::Matrix4d::Identity()));
-}
-
-TEST(Contract, NewObjectHasZeroInputsAndTorques) {
-  const auto system = create();
   const Eigen::VectorXd none = Eigen::VectorXd::Zero(15);
   EXPECT_TRUE(identical(system->getRootVelocity(), none.head(6)));
   EXPECT_TRUE(identical(system->getRootAcceleration(), none.head(6)));
@@ -26,10 +22,6 @@ TEST(Contract, NewObjectHasZeroInputsAndTorques) {
   EXPECT_TRUE(identical(system->getJointAnglesVel(), none));
   EXPECT_TRUE(identical(system->getJointAnglesAcc(), none));
   EXPECT_TRUE(identical(system->getJointAnglesTorque(), none));
-}
-
-TEST(Contract, NewObjectHasZeroMatricesExceptTheRootColumnsOfTheJacobian) {
-  const auto system = create();
   Eigen::MatrixXd J = Eigen::MatrixXd::Zero(6, 21);
   J.block(3, 0, 3, 3) = J.block(0, 3, 3, 3) = Eigen::Matrix3d::Identity();
   EXPECT_TRUE(identical(system->getJacobianInRoot(), J));
@@ -110,7 +102,7 @@ TEST(Contract, RootInputsAreReturnedUpToRounding) {
   EXPECT_TRUE(identical(system->getRootAcceleration(), Eigen::VectorXd::LinSpaced(6, 7, 12)));
 }
 
-TEST(Contract, JointInputsAreReturnedExactly) {
+TEST(Contract, JointInputsAndTorquesAreReturnedExactly) {
   using S = RigidBodySystem;
   struct Kind {
     const char* name;
@@ -124,11 +116,14 @@ TEST(Contract, JointInputsAreReturnedExactly) {
       {"velocities", &S::setJointAnglesVel, &S::setJointAngleVel, &S::getJointAngleVel, &S::getJointAnglesVel},
       {"accelerations", &S::setJointAnglesAcc, &S::setJointAngleAcc, &S::getJointAngleAcc, &S::getJointAnglesAcc},
   };
-  const auto system = create();
+  const auto system = computed(RandomState(2));
+  system->setRootVelocity(Velocity6D(1, 2, 3, 4, 5, 6));
   float first = 100;
+  for (Size k = 0; k < nb_joint_angles; ++k) {
+    EXPECT_TRUE(identical(system->getJointAngleTorque(k), system->getJointAnglesTorque()[k])) << "torque " << k;
+  }
   for (const Kind& kind : kinds) {
     const FloatView view = ((*system).*kind.all)();
-    ASSERT_EQ(view.size(), nb_joint_angles) << kind.name;
     const Eigen::ArrayXf numbers = Eigen::ArrayXf::LinSpaced(20, first, first + 19);  // fifteen are read
     ((*system).*kind.setAll)(numbers);
     EXPECT_TRUE(identical(view, numbers.head(15))) << kind.name;
@@ -141,7 +136,7 @@ TEST(Contract, JointInputsAreReturnedExactly) {
   }
   EXPECT_TRUE(identical(system->getJointAnglesPos(), Eigen::ArrayXf::LinSpaced(15, -100, -114)));
   EXPECT_TRUE(identical(system->getJointAnglesVel(), Eigen::ArrayXf::LinSpaced(15, -200, -214)));
-  EXPECT_TRUE(identical(system->getRootVelocity(), Eigen::VectorXd::Zero(6)));
+  EXPECT_TRUE(identical(system->getRootVelocity(), Eigen::VectorXd::LinSpaced(6, 1, 6)));
 }
 
 TEST(Contract, FurtherValuesOfAWrenchAreIgnored) {
@@ -153,14 +148,6 @@ TEST(Contract, FurtherValuesOfAWrenchAreIgnored) {
     return toDoubles(system->getJointAnglesTorque());
   };
   EXPECT_TRUE(identical(torques({1, 2, 3, 4, 5, 6, NAN}), torques({1, 2, 3, 4, 5, 6})));
-}
-
-TEST(Contract, SingleTorquesEqualThoseInTheView) {
-  const auto system = computed(RandomState(2));
-  const FloatView torques = system->getJointAnglesTorque();
-  for (Size k = 0; k < nb_joint_angles; ++k) {
-    EXPECT_TRUE(identical(system->getJointAngleTorque(k), torques[k])) << "joint angle " << k;
-  }
 }
 
 /// The names of the answers that differ between two lists.
@@ -221,7 +208,7 @@ TEST(Contract, ObjectsAndClonesShareNoState) {
   EXPECT_TRUE(identical(answers(*source), answers(*reference)));
 }
 
-TEST(Contract, InvalidBodyIndexMeansTheWholeRobot) {
+TEST(Contract, InvalidBodyIndexMeansTheWholeRobotAndTheLargestTheWorld) {
   const auto system = computed(RandomState(12));
   for (const Size none : {Size{16}, (Size{1} << 32) + 3, SIZE_MAX}) {
     Jacobian J = Jacobian::Constant(3, 5, 7);
@@ -231,10 +218,7 @@ TEST(Contract, InvalidBodyIndexMeansTheWholeRobot) {
     EXPECT_TRUE(identical(system->computePartialComPositionInRoot(none), system->getComPosition())) << "index " << none;
   }
   EXPECT_TRUE(identical(system->computePartialComPositionInRoot(0), system->getComPosition()));
-}
-
-TEST(Contract, PoseOfTheLargestIndexIsTheIdentity) {
-  EXPECT_TRUE(identical(frame(computed(RandomState(12))->getPose(SIZE_MAX)).matrix(), Eigen::Matrix4d::Identity()));
+  EXPECT_TRUE(identical(frame(system->getPose(SIZE_MAX)).matrix(), Eigen::Matrix4d::Identity()));
 }
 
 TEST(Contract, PartialJacobianResizesTheMatrixOnlyIfNeeded) {

@@ -30,18 +30,19 @@ std::string contents(const std::filesystem::path& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// The picture that the inspector draws.
+/// The picture that the inspector draws. Each test has a file of its own, because tests can run at the same time.
 std::string picture(const std::string& options) {
-  const std::string file = testing::TempDir() + "lumo-inspect-picture.svg";
+  const std::string file = testing::TempDir() + testing::UnitTest::GetInstance()->current_test_info()->name() + ".svg";
   shown(options + " --svg " + file);
   return contents(file);
 }
 
 /// The JSON report of a state, and an object in that state.
 struct InspectorJson : testing::Test {
-  const json report = json::parse(
-      shown("--root 0.1,0.2,0.3,0.4,0.5,0.6 --joint KneePitch=0.7 --joint LElbowYaw=-0.8 --velocity HipPitch=0.9"
-            " --acceleration HeadYaw=1.1 --wrench RWristYaw=1,2,3,4,5,6 --format json"));
+  const std::string text = shown(
+      "--root 0.1,0.2,0.3,0.4,0.5,0.6 --joint KneePitch=0.7 --joint LElbowYaw=-0.8 --velocity HipPitch=0.9"
+      " --acceleration HeadYaw=1.1 --wrench RWristYaw=1,2,3,4,5,6 --format json");
+  const json report = json::parse(text);
   const Object system = create();
 
   InspectorJson() {
@@ -66,6 +67,10 @@ TEST_F(InspectorJson, WholeRobotEqualsTheInterface) {
     const json& row = report["generalized_mass"][static_cast<Size>(i)];
     EXPECT_TRUE(identical(numbers(row), system->getGeneralizedMass().row(i).transpose())) << "row " << i;
   }
+}
+
+TEST_F(InspectorJson, NumbersHaveTheFewestDigits) {
+  EXPECT_NE(text.find("\"position\":0.7,\"velocity\":0.0,"), std::string::npos) << text;
 }
 
 TEST_F(InspectorJson, BodiesEqualTheInterface) {
@@ -106,10 +111,13 @@ TEST(Inspector, StartsFromTheGreetingPoseOnlyIfNoStateIsGiven) {
   }
 }
 
-TEST(Inspector, PictureContainsTheNameOfEveryBody) {
-  const std::string drawing = picture("");
+TEST(Inspector, PicturesContainTheNamesOfTheBodiesAndTheAxes) {
+  const std::string masses = picture(""), axes = picture("--pose zero --axes");
   const auto system = create();
-  for (Size b = 0; b < nb_bodies; ++b) EXPECT_NE(drawing.find(system->getBodyName(b)), std::string::npos) << b;
+  for (Size b = 0; b < nb_bodies; ++b) EXPECT_NE(masses.find(system->getBodyName(b)), std::string::npos) << b;
+  for (const char* axis : {">HipRoll +x<", ">KneePitch +y<", ">HeadYaw +z<", ">LElbowYaw ≈+x<"}) {
+    EXPECT_NE(axes.find(axis), std::string::npos) << axis;
+  }
 }
 
 TEST(Inspector, PictureEscapesTheNameOfThePlugIn) {

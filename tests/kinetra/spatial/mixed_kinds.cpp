@@ -62,5 +62,21 @@ static_assert(!std::is_constructible_v<Motion, Force> && !std::is_constructible_
 static_assert(!std::is_assignable_v<Motion&, Force> && !std::is_assignable_v<Force&, Motion>);
 static_assert(!std::is_convertible_v<Motion::Vector6, Motion> && !std::is_convertible_v<Force::Vector6, Force>);
 
+// Operations on stored values return stored values and not their forms in registers, so that users can read the members
+// of a result.
+template <typename Expected, typename... Actual>
+constexpr void expect(const Actual&...) {
+  static_assert((std::is_same_v<Expected, Actual> && ...));
+}
+constexpr auto stored = [](const auto& X, const Eigen::Vector3f& p) {
+  expect<Motion>(m() + m(), m() - m(), m() + column(), crm(m(), m()), X.apply(m()), X.applyInv(m()));
+  expect<Force>(f() + f(), f() - f(), crf(m(), f()), I() * m(), X.apply(f()), X.applyInv(f()));
+  expect<Inertia>(I() + I(), X.applyInv(I()));
+  expect<Eigen::Vector3f>(X.applyToPoint(p), X.applyInvToPoint(p), X.E.apply(p), X.E.applyInv(p));
+  expect<TransformT<RotationMatrix>>(X * TransformT<RotationMatrix>());
+};
+static_assert(std::is_invocable_v<decltype(stored), TransformT<RotationMatrix>, Eigen::Vector3f>);
+static_assert(std::is_invocable_v<decltype(stored), TransformT<RotationMatrixAboutZ>, Eigen::Vector3f>);
+
 }  // namespace
 }  // namespace kinetra::Spatial

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 #include <fmt/format.h>
@@ -27,14 +26,13 @@ struct Label {
 /// Sets the heights of the labels of one column: near their points, in the same order, without overlap.
 void arrange(std::vector<Label>& column, double top, double bottom) {
   std::sort(column.begin(), column.end(), [](const Label& a, const Label& b) { return a.at.y() < b.at.y(); });
-  for (Label& label : column) label.y = label.at.y();
-  for (int i = 0; i < 1000; ++i) {
-    for (std::size_t k = 0; k + 1 < column.size(); ++k) {
-      Label &a = column[k], &b = column[k + 1];
-      const double overlap = (a.height() + b.height()) / 2 - (b.y - a.y);
-      if (overlap > 0) a.y -= overlap / 2, b.y += overlap / 2;
-    }
-    for (Label& a : column) a.y = std::clamp(a.y, top + a.height() / 2, bottom - a.height() / 2);
+  for (Label& label : column) {  // as high as the point, or below the label before
+    label.y = std::max(label.at.y(), top + label.height() / 2);
+    top = label.y + label.height() / 2;
+  }
+  for (auto label = column.rbegin(); label != column.rend(); ++label) {  // back up from the end of the page
+    label->y = std::min(label->y, bottom - label->height() / 2);
+    bottom = label->y - label->height() / 2;
   }
 }
 
@@ -50,6 +48,40 @@ std::string circle(const Vector2d& p, double radius, const char* fill, const cha
 std::string text(const Vector2d& p, const char* colour, const char* anchor, const std::string& words) {
   return fmt::format("<text class='name' x='{:.1f}' y='{:.1f}' style='fill: {}' text-anchor='{}'>{}</text>\n", p.x(),
                      p.y(), colour, anchor, escaped(words));
+}
+
+/// Writes labels in two columns, at a distance from the middle, with a line from each label to its point. The left half
+/// of the points belongs to the left column.
+std::string drawLabels(std::vector<Label> labels, double middle, double distance, double top, double bottom) {
+  std::stable_sort(labels.begin(), labels.end(), [](const Label& a, const Label& b) {
+    return std::pair(std::round(a.at.x()), a.at.y()) < std::pair(std::round(b.at.x()), b.at.y());
+  });
+  const auto half = labels.begin() + static_cast<std::ptrdiff_t>(labels.size() / 2);
+  std::string svg;
+  for (const double side : {-1.0, 1.0}) {
+    auto column = side < 0 ? std::vector(labels.begin(), half) : std::vector(half, labels.end());
+    arrange(column, top, bottom);
+    const double x = middle + side * distance;
+    for (const Label& label : column) {
+      const Vector2d from(x - side * 4, label.y), way = (label.at - from).normalized();
+      svg += line(from, label.at - 8 * way, faint, 0.8);
+      double y = label.y - static_cast<double>(label.lines.size() - 1) * lineHeight / 2 + 4;
+      for (const auto& [name, colour] : label.lines) {
+        svg += text({x, y}, colour, side < 0 ? "end" : "start", name);
+        y += lineHeight;
+      }
+    }
+  }
+  return svg;
+}
+
+/// An arrow on the page.
+std::string arrow(const Vector2d& from, const Vector2d& to, const char* colour) {
+  const Vector2d along = (to - from).normalized(), across(-along.y(), along.x()), back = to - 11 * along;
+  const Vector2d left = back + 5 * across, right = back - 5 * across;
+  return line(from, to - 8 * along, colour, 2.5) +
+         fmt::format("<polygon points='{:.1f},{:.1f} {:.1f},{:.1f} {:.1f},{:.1f}' fill='{}'/>\n", to.x(), to.y(),
+                     left.x(), left.y(), right.x(), right.y(), colour);
 }
 
 }  // namespace
@@ -125,113 +157,38 @@ std::string View::drawMasses(double top, double bottom, double groundY) const {
   svg += fmt::format("<path d='M{:.1f} {:.1f}v-10a10 10 0 0 1 10 10h-20a10 10 0 0 0 10 10z' fill='{}'/>\n", p.x(),
                      p.y(), accent);
   svg += fmt::format("<path d='M{0:.1f} {1:.1f}l-6 -10h12z' fill='{2}'/>\n", p.x(), groundY, accent);
-  return svg + drawNames(top, bottom);
-}
 
-std::string View::drawNames(double top, double bottom) const {
   std::vector<Label> labels{{{{"centre of mass", accent}}, com()}};
   for (std::size_t b = 0; b < robot_.bodies.size(); ++b) {
     const Vector2d at = page(origin(b));
-    const std::pair name(robot_.bodies[b].name, colours_[b]);
     const auto same =
         std::find_if(labels.begin() + 1, labels.end(), [&](const Label& label) { return (label.at - at).norm() < 4; });
-    if (same != labels.end()) {
-      same->lines.push_back(name);
-    } else {
-      labels.push_back({{name}, at});
-    }
+    auto& label = same != labels.end() ? *same : labels.emplace_back(Label{{}, at});
+    label.lines.emplace_back(robot_.bodies[b].name, colours_[b]);
   }
-
-  // The labels of the left half of the points go to the left column.
-  std::stable_sort(labels.begin(), labels.end(), [](const Label& a, const Label& b) {
-    return std::pair(std::round(a.at.x()), a.at.y()) < std::pair(std::round(b.at.x()), b.at.y());
-  });
-  const auto half = labels.begin() + static_cast<std::ptrdiff_t>(labels.size() / 2);
-  std::string svg;
-  for (const double side : {-1.0, 1.0}) {
-    auto column = side < 0 ? std::vector(labels.begin(), half) : std::vector(half, labels.end());
-    arrange(column, top, bottom);
-    const double x = middle_.x() + scale_ * extent_.center().x() + side * 148;
-    for (const Label& label : column) {
-      const Vector2d from(x - side * 4, label.y), way = (label.at - from).normalized();
-      svg += line(from, label.at - 8 * way, faint, 0.8);
-      double y = label.y - static_cast<double>(label.lines.size() - 1) * lineHeight / 2 + 4;
-      for (const auto& [name, colour] : label.lines) {
-        svg += text({x, y}, colour, side < 0 ? "end" : "start", name);
-        y += lineHeight;
-      }
-    }
-  }
-  return svg;
+  return svg + drawLabels(labels, middle(), 148, top, bottom);
 }
 
-namespace {
-
-/// An arrow on the page with the name of its axis.
-struct Arrow {
-  Vector2d from, to;
-  std::string name;
-  const char* colour;
-
-  std::string draw() const {
-    const Vector2d along = (to - from).normalized(), across(-along.y(), along.x()), back = to - 11 * along;
-    const Vector2d left = back + 5 * across, right = back - 5 * across;
-    return line(from, to - 8 * along, colour, 2.5) +
-           fmt::format("<polygon points='{:.1f},{:.1f} {:.1f},{:.1f} {:.1f},{:.1f}' fill='{}'/>\n", to.x(), to.y(),
-                       left.x(), left.y(), right.x(), right.y(), colour);
-  }
-};
-
-/// Writes each name near the tip of its arrow, where it hides as little as possible of the arrows and the other names.
-std::string nameArrows(const std::vector<Arrow>& arrows) {
-  using Box = Eigen::AlignedBox2d;
-  std::vector<Box> taken;
-  for (const auto& [from, to, name, colour] : arrows) {
-    for (int i = 0; i <= 10; ++i) {
-      const Vector2d p = from + i * (to - from) / 10;
-      taken.emplace_back(p - Vector2d(5, 5), p + Vector2d(5, 5));
-    }
-  }
-  std::string svg;
-  for (const Arrow& arrow : arrows) {
-    const Vector2d size(6.7 * static_cast<double>(arrow.name.size()), 14), along = (arrow.to - arrow.from).normalized();
-    Box best;
-    double least = std::numeric_limits<double>::infinity();
-    for (const double turn : {0.0, 0.4, -0.4, 0.8, -0.8, 1.2, -1.2, 1.6, -1.6, 2.0, -2.0}) {
-      const Vector2d way = Eigen::Rotation2Dd(turn) * along;
-      const Vector2d middle = arrow.to + 9 * way + way.cwiseProduct(size / 2);
-      const Box box(middle - size / 2, middle + size / 2);
-      double cost = std::abs(turn);
-      for (const Box& other : taken)
-        cost += std::max(0.0, box.intersection(other).isEmpty() ? 0 : box.intersection(other).volume());
-      if (cost < least) least = cost, best = box;
-    }
-    taken.push_back(best);
-    svg += text(best.center() + Vector2d(0, 4), arrow.colour, "middle", arrow.name);
-  }
-  return svg;
-}
-
-}  // namespace
-
-std::string View::drawAxes() const {
+std::string View::drawAxes(double top, double bottom) const {
   std::string svg = drawTorso() + drawLinks(0.3);
-  std::vector<Arrow> arrows;
-  const auto add = [&](const Vector2d& from, const Vector3d& axis, const std::string& name, const char* colour) {
-    arrows.push_back({from, from + 70 * (page(axis) - page(Vector3d::Zero())) / scale_, name, colour});
-    svg += arrows.back().draw();
+  const auto tip = [&](const Vector2d& from, const auto& axis) -> Vector2d {
+    return from + 70 * (page(axis.template cast<double>()) - page(Vector3d::Zero())) / scale_;
   };
+  std::vector<Label> labels;
   for (const Report::Joint& joint : robot_.joints) {
     Eigen::Index nearest = 0;
     const bool along = joint.axis.cwiseAbs().maxCoeff(&nearest) > 0.9999F;
-    add(page(origin(joint.body)), robot_.bodies[joint.body].pose.col(2).cast<double>(),
-        fmt::format("{} {}{}{}", joint.name, along ? "" : "≈", joint.axis[nearest] < 0 ? "−" : "+", "xyz"[nearest]),
-        colours_[joint.body]);
+    const std::string name =
+        fmt::format("{} {}{}{}", joint.name, along ? "" : "≈", joint.axis[nearest] < 0 ? "−" : "+", "xyz"[nearest]);
+    const Vector2d from = page(origin(joint.body)), to = tip(from, robot_.bodies[joint.body].pose.col(2));
+    svg += arrow(from, to, colours_[joint.body]);
+    labels.push_back({{{name, colours_[joint.body]}}, to});
   }
   for (int i = 0; i < 3; ++i) {
-    add({90, page(origin(0)).y() + 340}, robot_.bodies[0].pose.col(i).cast<double>(), std::string(1, "xyz"[i]), ink);
+    const Vector2d from(90, page(origin(0)).y() + 340), to = tip(from, robot_.bodies[0].pose.col(i));
+    svg += arrow(from, to, ink) + text(to + 14 * (to - from).normalized() + Vector2d(0, 4), ink, "middle", {"xyz"[i]});
   }
-  return svg + nameArrows(arrows);
+  return svg + drawLabels(labels, middle(), 236, top, bottom);
 }
 
 }  // namespace lumo::inspect

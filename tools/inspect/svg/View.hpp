@@ -36,8 +36,8 @@ class View {
   /// plumb line down to the ground.
   std::string drawMasses(double top, double bottom, double groundY) const;
 
-  /// Draws the axes of the joints with their names.
-  std::string drawAxes() const;
+  /// Draws the axes of the joints, and their names between the heights `top` and `bottom`.
+  std::string drawAxes(double top, double bottom) const;
 
  private:
   Eigen::Vector3d origin(std::size_t b) const { return robot_.bodies[b].pose.col(3).cast<double>(); }
@@ -47,11 +47,12 @@ class View {
     return middle_ + scale_ * Eigen::Vector2d(1, -1).cwiseProduct(plane(p));
   }
 
+  double middle() const { return middle_.x() + scale_ * extent_.center().x(); }
+
   std::string drawTorso() const;
   std::string drawLinks(double opacity) const;
-  std::string drawNames(double top, double bottom) const;
 
-  const Report& robot_;
+  const Report robot_;
   std::vector<const char*> colours_;  ///< of the bodies
   std::vector<Link> links_;           ///< from the farthest to the nearest
   Eigen::Vector3d right_, up_;

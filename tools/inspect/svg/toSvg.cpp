@@ -52,7 +52,7 @@ std::string axesToSvg(const Report& robot, const std::string& title, double yaw)
   view.place(axesWidth / 2, top + 40 + scale * view.extent().max().y(), scale);
   return header(axesWidth, top + 40 + axesHeight + margin, title,
                 "arrows: the axes of the joints; x, y, z: the axes of the torso", robot) +
-         view.drawAxes();
+         view.drawAxes(top, top + 40 + axesHeight);
 }
 
 std::string massesToSvg(const Report& robot, const Drawing& drawing, double yaw) {
