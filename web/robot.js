@@ -4,14 +4,15 @@
 /** @typedef {{name: string, mass: number, position: number[], rotation: number[], com: number[]}} BodyReport
  * @typedef {{mass: number, com: number[], bodies: BodyReport[], joints: {torque: number}[],
  *   generalized_mass: number[][]}} Report as lumo-inspect writes it
- * @typedef {{q: number[], wrench: number[], loaded: number, base: number}} State with a wrench on the body `loaded`
- * @typedef {{times: number[], states: Float32Array, step: number, some: Float32Array}} Log every step-th state is in
- *   `some`, for the curves */
+ * @typedef {{values: number[], loaded: number, base: number}} State x to yaw, the joint angles, the
+ *   wrench on the body `loaded`
+ * @typedef {{times: number[], states: Float32Array}} Log */
 
 /** @type {(id: string) => any} */
 const $ = (id) => document.getElementById(id);
 const ROOT = ["x", "y", "z", "roll", "pitch", "yaw"], WRENCH = ["fx", "fy", "fz", "tx", "ty", "tz"];
 const RED = "#d0473f", GREEN = "#3f9a4a", BLUE = "#3f6fd0", ACCENT = "#c2203a", GREY = "#8d96a3";
+const ARROWS = {ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, 1], ArrowDown: [0, -1]};
 const ZERO = [0, 0, 0.75, ...Array(18).fill(0)];
 const HANGING = [0, 0, 0.75, 0, 0, 0, 0, 0, 1.5, 0.1, -0.3, -0.35, 0, 0, 0, 0, 1.5, -0.1, 0.3, 0.35, 0];
 
@@ -33,25 +34,22 @@ const fixed = (x, digits = 4) => x.toFixed(digits).replace(/^-(0\.?0*)$/, "$1");
 /** Reads a log. Throws an Error that names line and column. @param {string} csv @param {string[]} known columns */
 function readLog(csv, known) {
   const fail = (line, c, what) => { throw Error(`line ${line}, column ${c + 1}${what}`); };
-  const lines = csv.trimEnd().split(/\r?\n/), names = lines[0].split(",").map((name) => name.trim());
-  const columns = names.map((name) => known.indexOf(name)), count = lines.length - 1;
+  const [head, ...rows] = csv.trimEnd().split(/\r?\n/), names = head.split(",").map((name) => name.trim());
+  const columns = names.map((name) => known.indexOf(name)), times = [], states = new Float32Array(rows.length * 21);
   names.forEach((name, c) => name === "time" || columns[c] >= 0 || fail(1, c, `: there is no joint "${name}"`));
   if (!names.includes("time")) throw Error("line 1: the column \"time\" is missing");
-  if (!count) throw Error("line 2: there is no row of values");
-  const times = [], states = new Float32Array(count * known.length);
-  for (let i = 0; i < count; ++i) {
-    const cells = lines[i + 1].split(",");
-    states.set(ZERO, i * known.length);
+  if (!rows.length) throw Error("line 2: there is no row of values");
+  rows.forEach((row, i) => {
+    const cells = row.split(",");
+    states.set(ZERO, i * 21);
     names.forEach((name, c) => {
-      const cell = cells[c] || "", value = Number(cell);
       if (c >= cells.length) fail(i + 2, c, ` (${name}): the value is missing`);
-      const good = cell.trim() && (columns[c] < 0 ? Number.isFinite(value) : usable(value));
-      if (!good) fail(i + 2, c, ` (${name}): "${cell}" is not a usable number`);
-      if (value < times[i - 1] && columns[c] < 0) fail(i + 2, c, " (time): the time runs backwards");
-      if (columns[c] < 0) times.push(value);
-      else states[i * known.length + columns[c]] = value;
+      const value = cells[c].trim() ? Number(cells[c]) : NaN, good = name === "time" ? Number.isFinite : usable;
+      if (!good(value)) fail(i + 2, c, ` (${name}): "${cells[c]}" is not a usable number`);
+      if (name !== "time") states[i * 21 + columns[c]] = value;
+      else if (times.push(value) > 1 && value < times[i - 1]) fail(i + 2, c, " (time): the time runs backwards");
     });
-  }
+  });
   return {times, states};
 }
 
@@ -89,13 +87,9 @@ function makeScene(model, choose) {
     const thick = body === 0 ? 0.014 : 0.011;
     return {mesh: add(scene, cylinder, bodies[body].look, [thick, 1, thick], body), body, end};
   });
-  const corners = model.links.filter(([body]) => body === 0).map(([, end]) => end), torso = new THREE.Geometry();
-  torso.vertices = corners.map(() => vector());
-  torso.faces = [[0, 1, 2], [0, 1, 3], [0, 2, 3], [1, 2, 3]].map((face) => new THREE.Face3(...face));
-  const side = new THREE.MeshBasicMaterial({...glass, color: bodies[0].look.color, side: THREE.DoubleSide});
-  add(scene, torso, side, [1, 1, 1], 0).frustumCulled = false;
-  const accent = new THREE.MeshLambertMaterial({color: ACCENT}), com = add(scene, ball, accent, [0.022, 0.022, 0.022]);
-  const plumb = add(scene, cylinder, accent, [0.0025, 1, 0.0025]);
+  const accent = new THREE.MeshLambertMaterial({color: ACCENT, transparent: true, depthTest: false});
+  const [com, plumb, foot] = [[0.022, 0.022, 0.022], [0.0025, 1, 0.0025], [0.022, 0.022, 0.001]].map((size, i) =>
+    Object.assign(add(scene, i === 1 ? cylinder : ball, accent, size), {renderOrder: 1})); // over the bodies
   const axis = new THREE.ArrowHelper(up, vector(), 0.16, ACCENT, 0.04, 0.022), grid = new THREE.GridHelper(4, 20);
   grid.rotation.x = Math.PI / 2;
   Object.assign(grid.material, {vertexColors: THREE.NoColors, color: new THREE.Color(GREY), ...glass});
@@ -120,10 +114,9 @@ function makeScene(model, choose) {
       const to = report.bodies[end];
       between(mesh, report.bodies[body].position, body === end ? to.com : to.position);
     }
-    corners.forEach((b, i) => torso.vertices[i].set(...report.bodies[b].position));
-    torso.verticesNeedUpdate = true;
     com.position.set(...report.com);
-    between(plumb, report.com, [report.com[0], report.com[1], 0]);
+    foot.position.set(report.com[0], report.com[1], 0);
+    between(plumb, report.com, foot.position.toArray());
     render();
   };
   const render = () => renderer.render(scene, camera);
@@ -144,7 +137,7 @@ function makeScene(model, choose) {
     controls.update();
   };
   canvas.addEventListener("keydown", ({key, shiftKey}) => {
-    const [x, y] = {ArrowLeft: [-1, 0], ArrowRight: [1, 0], ArrowUp: [0, 1], ArrowDown: [0, -1]}[key] || [0, 0];
+    const [x, y] = ARROWS[key] || [0, 0];
     const zoom = {"+": 0.9, "=": 0.9, "-": 1.1}[key] || 1, away = camera.position.clone().sub(controls.target);
     const right = vector().crossVectors(up, away).normalize(), over = vector().crossVectors(away, right).normalize();
     if (shiftKey) controls.target.addScaledVector(right, -0.05 * x).addScaledVector(over, -0.05 * y);
@@ -175,24 +168,21 @@ function makeScene(model, choose) {
 /** Runs the page. @param {any} code the plug-in and the inspector, compiled to WebAssembly */
 function run(code) {
   const robot = new code.Robot(), model = JSON.parse(robot.model());
+  const wrench = () => state.values.slice(21), load = () => [state.loaded, ...wrench(), state.base];
+  const compute = () => /** @type {Report} */ (JSON.parse(robot.report(state.values.slice(0, 21), load())));
   /** @type {State} The robot stands on the last body of its leg. */
-  const FIRST = {q: model.greeting, wrench: Array(6).fill(0), loaded: 15, base: 10};
-  const load = () => [state.loaded, ...state.wrench, state.base];
-  const compute = () => /** @type {Report} */ (JSON.parse(robot.report(state.q, load())));
-  const copy = (/** @type {State} */ from) => ({...from, q: from.q.map(Math.fround), wrench: [...from.wrench]});
-  let state = copy(FIRST), report = compute(), log = /** @type {Log | null} */ (null);
+  const FIRST = {values: [...model.greeting, ...Array(6).fill(0)], loaded: 15, base: 10};
+  let state = FIRST, report = compute(), log = /** @type {Log | null} */ (null);
   let chosen = -1, entry = [16, 16], playing = false, time = 0, waiting = false, settled = 0, frame = 0;
-  const names = report.bodies.map(({name}) => name), coordinates = [...ROOT, ...names.slice(1)];
+  const LEFT = 44, names = report.bodies.map(({name}) => name), coordinates = [...ROOT, ...names.slice(1)];
+  const quantities = [...coordinates, ...WRENCH];
   const limbOf = (b) => model.limbs[model.bodies[b].limb], bodyOf = (i) => Math.max(0, i - 5);
   const scene = makeScene(model, choose), say = (what) => { $("message").textContent = what; };
 
   // The parts of the page with an entry for each coordinate, joint or body.
-  const typed = (set) => ({target: {value}}) => {
-    if (value === "" || !usable(Number(value))) return;
-    play(false);
-    set(Math.fround(Number(value)));
-    change();
-    drawCurves();
+  const setNumber = (i) => ({target: {value}}) => {
+    const x = Number(value);
+    if (value !== "" && usable(x)) set({values: Object.assign([...state.values], {[i]: x})});
   };
   const limbRow = (b, name, ...children) => make("div", {className: "row limb", style: `--limb: ${limbOf(b).colour}`,
     onpointerenter: () => choose(b)}, make("span", {}, name), ...children);
@@ -200,12 +190,17 @@ function run(code) {
     const legend = make("legend", {}, name, make("small", {}, name === "torso" ? " m, rad" : " rad"));
     $("state").append(make("fieldset", {className: "limb", style: `--limb: ${colour}`}, legend));
   }
-  const sliders = coordinates.map((name, i) => {
-    const most = i < 3 ? 2 : 3.14, body = bodyOf(i), both = {step: 0.01, ariaLabel: `${name}, ${i < 3 ? "m" : "rad"}`,
-      oninput: typed((x) => { state.q[i] = x; }), onfocus: () => choose(body)};
-    const range = make("input", {type: "range", min: -most, max: most, ...both, id: `range-${name}`});
+  const inputs = quantities.map((name, i) => {
+    const unit = ["m", "rad", "N", "N m"][[3, 21, 24].filter((end) => i >= end).length], most = i < 3 ? 2 : 3.14;
+    const both = {step: i < 21 ? 0.01 : 0.1, ariaLabel: `${name}, ${unit}`, oninput: setNumber(i)};
     const number = make("input", {type: "number", ...both, id: name});
+    if (i >= 21) {
+      $("forces").append(make("label", {}, `${name}, ${unit}`, number));
+      return {number};
+    }
+    const body = bodyOf(i), range = make("input", {type: "range", min: -most, max: most, ...both, id: `range-${name}`});
     const row = limbRow(body, name, range, number);
+    row.addEventListener("focusin", () => choose(body));
     $("state").children[model.bodies[body].limb].append(row);
     return {row, range, number};
   });
@@ -215,15 +210,9 @@ function run(code) {
     $("torques").append(row);
     return {row, bar, value};
   });
-  const forces = WRENCH.map((name, i) => {
-    const oninput = typed((x) => { state.wrench[i] = x; });
-    const input = make("input", {type: "number", step: i < 3 ? 1 : 0.1, id: name, oninput});
-    $("forces").append(make("label", {}, `${name}, ${i < 3 ? "N" : "N m"}`, input));
-    return input;
-  });
   for (const id of ["base", "loaded"]) {
     $(id).append(...names.map((name, b) => make("option", {value: b}, name)));
-    $(id).oninput = typed((b) => { state[id] = b; });
+    $(id).oninput = () => set({[id]: Number($(id).value)});
   }
   const columns = ["x", "y", "z", ...[1, 2, 3].flatMap((i) => [1, 2, 3].map((j) => `R${i}${j}`))];
   const rowOf = (body) => [...body.position, ...body.rotation];
@@ -237,12 +226,10 @@ function run(code) {
   /** Computes the results and shows them. */
   function show() {
     report = compute();
-    const fill = (input, value) => { if (document.activeElement !== input) input.value = value; };
-    sliders.forEach(({range, number}, i) => {
-      range.value = String(state.q[i]);
-      fill(number, Number(state.q[i].toFixed(4)));
+    inputs.forEach(({range, number}, i) => {
+      if (range) range.value = state.values[i];
+      if (document.activeElement !== number) number.value = shortest(state.values[i]);
     });
-    forces.forEach((input, i) => fill(input, shortest(state.wrench[i])));
     for (const id of ["base", "loaded"]) $(id).value = state[id];
     report.com.forEach((value, i) => { $("com").children[2 * i + 1].textContent = fixed(value); });
     const most = Math.max(0.01, ...report.joints.map(({torque}) => Math.abs(torque)));
@@ -271,7 +258,7 @@ function run(code) {
   function choose(body) {
     if (body === chosen) return;
     chosen = body;
-    sliders.forEach(({row}, i) => row.classList.toggle("chosen", bodyOf(i) === body));
+    inputs.slice(0, 21).forEach(({row}, i) => row.classList.toggle("chosen", bodyOf(i) === body));
     torques.forEach(({row}, k) => row.classList.toggle("chosen", k + 1 === body));
     scene.mark(body);
     showBody();
@@ -309,46 +296,39 @@ function run(code) {
   $("matrix").onpointermove = ({offsetX, offsetY, target}) =>
     pick(21 * offsetY / target.clientHeight, 21 * offsetX / target.clientWidth);
   $("matrix").onkeydown = (event) => {
-    const way = {ArrowLeft: [0, -1], ArrowRight: [0, 1], ArrowUp: [-1, 0], ArrowDown: [1, 0]}[event.key];
-    if (!way) return;
+    const [right, up] = ARROWS[event.key] || [];
+    if (right === undefined) return;
     event.preventDefault();
-    pick(entry[0] + way[0], entry[1] + way[1]);
+    pick(entry[0] - up, entry[1] + right);
   };
 
   function address() {
-    const {q, wrench, loaded, base} = state, angles = coordinates.map((name, i) => `${name}=${shortest(q[i])}`);
-    const force = wrench.some(Boolean) ? [`wrench=${names[loaded]},${list(wrench)}`] : [];
-    const moved = angles.filter((_, i) => i > 5 && q[i]);
-    return "#" + [`root=${list(q.slice(0, 6))}`, ...moved, ...force, `base=${names[base]}`].join("&");
+    const parts = quantities.map((name, i) => `${name}=${shortest(state.values[i])}`);
+    return "#" + [...parts.filter((_, i) => state.values[i]), `loaded=${names[state.loaded]}`, `base=${names[state.base]}`].join("&");
   }
   /** Sets the state of the address. Throws an Error if it is wrong. */
   function restore() {
-    const next = {...FIRST, q: Array(21).fill(0)};
-    for (const part of decodeURIComponent(location.hash.slice(1)).split("&").filter(Boolean)) {
-      const [name, ...words] = part.split(/[=,]/), i = coordinates.indexOf(name), body = names.indexOf(words[0]);
-      const numbers = words.slice(["wrench", "base"].includes(name) ? 1 : 0).map((word) => word ? Number(word) : NaN);
-      const count = {root: 6, wrench: body < 0 ? -1 : 6, base: body < 0 ? -1 : 0}[name];
-      if (numbers.length !== (count === undefined && i > 5 ? 1 : count) || !numbers.every(usable)) {
-        throw Error(`The address is wrong at "${part}".`);
-      }
-      if (name === "base") next.base = body;
-      else if (name === "wrench") Object.assign(next, {loaded: body, wrench: numbers.map(Math.fround)});
-      else next.q.splice(Math.max(i, 0), numbers.length, ...numbers);
+    const next = {...FIRST, values: Array(27).fill(0)};
+    for (const [name, text] of new URLSearchParams(location.hash.slice(1))) {
+      const i = quantities.indexOf(name), x = Number(text || NaN), body = names.indexOf(text);
+      if (i >= 0 && usable(x)) next.values[i] = x;
+      else if (["loaded", "base"].includes(name) && body >= 0) next[name] = body;
+      else throw Error(`The address is wrong at "${name}=${text}".`);
     }
-    state = copy(next);
+    state = next;
   }
   /** The state, or the table of the poses, for use elsewhere. @param {string} id */
   function toText(id) {
     if (id === "Link") return location.href.replace(/#.*|$/, address());
     if (id === "CSV") return [["body", ...columns], ...report.bodies.map((b) => [b.name, list(rowOf(b))])].join("\n");
-    const acting = new Map([[state.loaded, state.wrench]]), root = state.q.slice(0, 6);
+    const acting = new Map([[state.loaded, wrench()]]), root = state.values.slice(0, 6);
     if (state.base) acting.set(state.base, robot.baseWrench());
-    const wrenches = [...acting].filter(([, wrench]) => wrench.some(Boolean));
-    const moved = coordinates.map((name, i) => ({name, x: state.q[i]})).filter(({x}, i) => i > 5 && x);
+    const wrenches = [...acting].filter(([, values]) => values.some(Boolean));
+    const moved = coordinates.map((name, i) => ({name, x: state.values[i]})).filter(({x}, i) => i > 5 && x);
     if (id === "Command") {
-      const joints = moved.map(({name, x}) => ` --joint ${name}=${shortest(x)}`);
-      joints.push(...wrenches.map(([b, wrench]) => ` --wrench ${names[b]}=${list(wrench)}`));
-      return `lumo-inspect --pose zero --root ${list(root)}${joints.join("")}`;
+      return [`lumo-inspect --pose zero --root ${list(root)}`,
+        ...moved.map(({name, x}) => `--joint ${name}=${shortest(x)}`),
+        ...wrenches.map(([b, values]) => `--wrench ${names[b]}=${list(values)}`)].join(" ");
     }
     const cpp = id === "C++", float = (x) => cpp && /[.e]/.test(shortest(x)) ? `${shortest(x)}F` : shortest(x);
     const floats = (values) => (cpp ? "{*}" : "[*]").replace("*", values.map(float).join(", "));
@@ -358,7 +338,7 @@ function run(code) {
     const pose = cpp ? `OX::Math::transformFromPosition6D(${floats(root)})` : `[${rows}, [0, 0, 0, 1]]`;
     return [`setRootPose(${pose})`,
       ...moved.map(({name, x}) => `setJointAnglePos(${key("JointAngle", name)}, ${float(x)})`),
-      ...wrenches.map(([b, wrench]) => `setExternalWrench(${key("Body", names[b])}, ${floats(wrench)})`),
+      ...wrenches.map(([b, values]) => `setExternalWrench(${key("Body", names[b])}, ${floats(values)})`),
       "computeFwdKinematics()", "computeGeneralizedMass()", "computeInverseDynamics()",
     ].map((call) => cpp ? `robot->${call};` : `robot.${call}`).join("\n");
   }
@@ -366,15 +346,13 @@ function run(code) {
   /** Opens a log and plays it. @param {string} csv @param {string} file */
   function open(csv, file) {
     try {
-      const {times, states} = readLog(csv, coordinates), step = Math.ceil(times.length / 4000);
-      const some = states.filter((_, i) => Math.floor(i / 21) % step === 0);
-      log = {times, states, step, some};
+      log = readLog(csv, coordinates);
     } catch (error) { return say(`${file}: ${/** @type {Error} */ (error).message}.`); }
     say("");
     $("log").hidden = false;
     Object.assign($("scrub"), {min: log.times[0], max: log.times[log.times.length - 1]});
-    seek(log.times[0]);
     drawCurves();
+    seek(log.times[0]);
     return play(true);
   }
   /** Shows the last row that is not later. @param {number} to */
@@ -382,7 +360,7 @@ function run(code) {
     if (!log) return;
     const later = log.times.findIndex((t) => t > to), row = later < 0 ? log.times.length - 1 : Math.max(0, later - 1);
     time = to;
-    state = {...state, q: [...log.states.subarray(21 * row, 21 * row + 21)]};
+    state = {...state, values: [...log.states.subarray(21 * row, 21 * row + 21), ...wrench()]};
     change();
   }
   function play(on) {
@@ -401,65 +379,59 @@ function run(code) {
     };
     frame = requestAnimationFrame(step);
   }
-  const plot = document.createElement("canvas"), pen = /** @type {any} */ (plot.getContext("2d"));
-  const LEFT = 44, RIGHT = 100;
-  let across = (t) => t; // the place of a time
-  /** Draws curves, each with the name and colour of its line, over the points of time. */
-  function drawChart(title, top, bottom, times, lines) {
-    const all = lines.flatMap(({points}) => points), right = across(times[times.length - 1]), taken = [];
-    const [low, high] = all.reduce(([a, b], value) => [Math.min(a, value), Math.max(b, value)], [0, 1e-3]);
-    const y = (value) => top + (bottom - top) * (high - value) / (high - low), last = (points) => points.slice(-1)[0];
-    Object.assign(pen, {fillStyle: getComputedStyle($("curves")).color, globalAlpha: 0.65, textAlign: "right"});
-    for (const value of [0, low, high]) {
-      if (value === 0 || Math.abs(y(value) - y(0)) > 11) pen.fillText(Number(value.toPrecision(2)), LEFT - 6, y(value));
-      pen.fillRect(LEFT, y(value), right - LEFT, 0.5);
-    }
-    pen.textAlign = "left";
-    pen.fillText(title, LEFT, top - 10);
-    lines.sort((a, b) => Number(b.strong) - Number(a.strong) || Math.abs(last(b.points)) - Math.abs(last(a.points)));
-    for (const {name, colour, points, strong} of lines) {
-      const globalAlpha = strong || chosen < 1 ? 1 : 0.55;
-      let at = y(last(points));
-      while (strong && taken.some((other) => Math.abs(other - at) < 11)) at -= 1;
-      Object.assign(pen, {strokeStyle: colour, fillStyle: colour, lineWidth: strong ? 2.5 : 1.2, globalAlpha});
-      pen.beginPath();
-      points.forEach((value, i) => pen.lineTo(across(times[i]), y(value)));
-      pen.stroke();
-      if (!taken.some((other) => Math.abs(other - at) < 11)) pen.fillText(name, right + 6, at);
-      taken.push(at);
-    }
+  /** Where a time is in the charts. */
+  function across(t) {
+    const {min, max} = $("scrub");
+    return LEFT + ($("curves").clientWidth - LEFT - 100) * (t - min) / (max - min || 1);
   }
-  /** Draws all curves on a canvas of their own. A picture only adds the time. */
+  /** Draws curves over time as SVG, and writes the names of the strong ones at their ends, one above the other. */
+  function chart(title, top, bottom, times, lines) {
+    const all = lines.flatMap(({points}) => points), low = Math.min(0, ...all), high = Math.max(1e-3, ...all);
+    const y = (value) => top + (bottom - top) * (high - value) / (high - low), end = ({points}) => points.slice(-1)[0];
+    const right = across(times[times.length - 1]), marks = [0, low, high].filter((x) => !x || Math.abs(y(x) - y(0)) > 11);
+    const strong = lines.filter((line) => line.strong).sort((a, b) => end(b) - end(a));
+    let place = top - 12;
+    return [`<text x="${LEFT}" y="${top - 10}">${title}</text>`,
+      ...marks.map((x) => `<text x="${LEFT - 6}" y="${y(x)}" text-anchor="end">${Number(x.toPrecision(2))}</text>
+        <path d="M${LEFT},${y(x)}H${right}"/>`),
+      ...lines.map((line) => `<polyline style="--limb: ${line.colour}" class="limb${line.strong ? " strong" : ""}"
+        points="${line.points.map((value, i) => `${across(times[i]).toFixed(1)},${y(value).toFixed(1)}`).join(" ")}"/>`),
+      ...strong.map((line, i) => {
+        place = Math.max(place + 12, Math.min(y(end(line)), bottom - 12 * (strong.length - 1 - i)));
+        return `<text style="--limb: ${line.colour}" class="limb" x="${right + 6}" y="${place}">${line.name}</text>`;
+      })].join("");
+  }
+  /** Draws the log, at most 1,000 of its states. */
   function drawCurves() {
     if (!log) return;
-    const {clientWidth: width, clientHeight: height} = $("curves"), split = Math.round(height * 0.6);
-    const {times, step, some} = log, values = robot.curves(some, load()), span = Number($("scrub").max) - times[0] || 1;
-    across = (t) => LEFT + (width - LEFT - RIGHT) * (t - times[0]) / span;
-    const size = {width: width * devicePixelRatio, height: height * devicePixelRatio};
-    for (const sheet of [$("curves"), plot]) Object.assign(sheet, size);
-    pen.scale(devicePixelRatio, devicePixelRatio);
-    Object.assign(pen, {font: "11px system-ui, Arial, sans-serif", textBaseline: "middle"});
-    const rows = times.filter((_, i) => i % step === 0), curve = (c) => values.filter((_, i) => i % 18 === c);
-    const torque = (name, k) => ({name, points: curve(k), colour: limbOf(k + 1).colour, strong: k + 1 === chosen});
-    const way = (c) => curve(c).map((x) => x - values[c]);
-    const com = (colour, i) => ({name: "xyz"[i], points: way(15 + i), colour, strong: true});
-    drawChart("torques at rest, N m", 20, split - 10, rows, names.slice(1).map(torque));
-    drawChart("way of the centre of mass, m", split + 20, height - 8, rows, [RED, GREEN, BLUE].map(com));
+    const step = Math.ceil(log.times.length / 1000), times = log.times.filter((_, i) => i % step === 0);
+    const values = robot.curves(log.states.filter((_, i) => Math.floor(i / 21) % step === 0), load());
+    const curve = (c) => values.filter((_, i) => i % 18 === c), way = (c) => curve(c).map((x) => x - values[c]);
+    const joints = names.slice(1).map((name, k) => ({name, points: curve(k), colour: limbOf(k + 1).colour, strong: false}));
+    const peak = ({points}) => Math.max(...points.map(Math.abs));
+    const largest = ({colour}) => joints.filter((joint) => joint.colour === colour).sort((a, b) => peak(b) - peak(a))[0];
+    for (const joint of joints) joint.strong = joint.name === names[chosen] || joint === largest(joint);
+    const com = [RED, GREEN, BLUE].map((colour, i) => ({name: "xyz"[i], points: way(15 + i), colour, strong: true}));
+    const height = $("curves").clientHeight, split = Math.round(height * 0.6);
+    $("curves").innerHTML = chart("torques at rest, N m; named: the largest of each limb", 20, split - 10, times, joints) +
+      chart("way of the centre of mass, m", split + 20, height - 8, times, com) + `<path id="now" d="M0,0V${height}"/>`;
     showTime();
   }
   function showTime() {
     if (!log) return;
-    const canvas = $("curves"), sheet = canvas.getContext("2d");
-    sheet.clearRect(0, 0, canvas.width, canvas.height);
-    sheet.drawImage(plot, 0, 0);
-    sheet.fillStyle = GREY;
-    sheet.fillRect(across(time) * devicePixelRatio, 0, devicePixelRatio, canvas.height);
     $("scrub").value = String(time);
     $("time").textContent = `${fixed(time, 2)} of ${fixed(Number($("scrub").max), 2)} s`;
+    $("now").style.transform = `translateX(${across(time)}px)`;
   }
 
   // The buttons, keys and files.
-  const set = (next) => { play(false); state = copy({...state, ...next}); change(); };
+  function set(next) {
+    play(false);
+    state = {...state, ...next};
+    change();
+    drawCurves();
+  }
+  const pose = (q) => () => set({values: [...q, ...wrench()]});
   const view = (...from) => scene.look([report.com[0], report.com[1], report.com[2] + 0.18], from);
   const go = () => {
     play(false);
@@ -470,11 +442,10 @@ function run(code) {
     change();
     drawCurves();
   };
-  const undo = () => { if (history.state === "changed") history.back(); };
   const close = () => { play(false); log = null; $("log").hidden = true; };
   const reset = () => { close(); set(FIRST); view(3, -1.6, 0.7); };
-  const clicks = {zero: () => set({q: ZERO}), greeting: () => set({q: FIRST.q}), hanging: () => set({q: HANGING}), undo,
-    reset, close, play: () => play(!playing),
+  const clicks = {zero: pose(ZERO), greeting: pose(model.greeting), hanging: pose(HANGING),
+    undo: () => history.state === "changed" && history.back(), reset, close, play: () => play(!playing),
     example: () => open($("example-log").textContent.trim(), "example-log.csv")};
   for (const [id, onclick] of Object.entries(clicks)) Object.assign($(id), {onclick});
   for (const button of /** @type {any} */ (document.querySelectorAll(".copy"))) {
@@ -488,7 +459,7 @@ function run(code) {
   for (const id of ["inertia", "table", "texts"]) $(id).ontoggle = show;
   $("scrub").oninput = () => { play(false); seek(Number($("scrub").value)); };
   $("file").onchange = () => openFile($("file").files);
-  addEventListener("keydown", ({ctrlKey, key}) => ctrlKey && key === "z" && undo());
+  addEventListener("keydown", ({ctrlKey, key}) => ctrlKey && key === "z" && clicks.undo());
   addEventListener("dragover", (event) => event.preventDefault());
   addEventListener("drop", (event) => {
     event.preventDefault();

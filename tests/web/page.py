@@ -16,8 +16,9 @@ from selenium.webdriver.support.ui import WebDriverWait
 TOP = pathlib.Path(__file__).resolve().parents[2]
 URL = (TOP / "build/web/robot.html").as_uri()
 LOG = TOP / "docs/example-log.csv"
-LOADED = "#root=0,0,0.75,0,0,0&RShoulderPitch=0.25&RElbowRoll=0.5&wrench=RWristYaw,1,-10,2,0.5,0,0&base=KneePitch"
-TURNED = "#root=1,-2,0.6,0.3,-1,2&HeadYaw=-1.25&LElbowRoll=-0.7&wrench=LWristYaw,0,5,0,0,1,0&base=LWristYaw"
+LOADED = "#z=0.75&RShoulderPitch=0.25&RElbowRoll=0.5&fx=1&fy=-10&fz=2&tx=0.5&loaded=RWristYaw&base=KneePitch"
+TURNED = ("#x=1&y=-2&z=0.6&roll=0.3&pitch=-1&yaw=2&HeadYaw=-1.25&LElbowRoll=-0.7&fy=5&ty=1"
+          "&loaded=LWristYaw&base=LWristYaw")
 JOINTS = "#state fieldset:nth-child(n+2) [type=number]"
 FLAGS = """--headless=new --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking
   --disable-component-update --disable-sync --use-angle=swiftshader --enable-unsafe-swiftshader --hide-scrollbars"""
@@ -173,7 +174,7 @@ class Page(unittest.TestCase):
         self.open()
         times = self.js("""return Array.from({length: 300}, (_, i) => {
           const begin = performance.now();
-          page.set({q: Array(21).fill(i / 300)});
+          page.set({values: Array(27).fill(i / 300)});
           page.show();
           return performance.now() - begin;
         })""")
