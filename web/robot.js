@@ -139,10 +139,10 @@ function makeScene(model, choose) {
   canvas.addEventListener("keydown", ({key, shiftKey}) => {
     const [x, y] = ARROWS[key] || [0, 0];
     const zoom = {"+": 0.9, "=": 0.9, "-": 1.1}[key] || 1, away = camera.position.clone().sub(controls.target);
-    const right = vector().crossVectors(up, away).normalize(), over = vector().crossVectors(away, right).normalize();
-    if (shiftKey) controls.target.addScaledVector(right, -0.05 * x).addScaledVector(over, -0.05 * y);
-    else away.applyAxisAngle(right, Math.abs(away.z) > 0.98 * away.length() && y * away.z > 0 ? 0 : -0.08 * y);
-    if (!shiftKey) away.applyAxisAngle(up, 0.08 * x);
+    const distance = away.length(), atPole = Math.abs(away.z) > 0.98 * distance && y * away.z > 0;
+    const way = vector(0.08 * x, atPole ? 0 : 0.08 * y, 0).applyQuaternion(camera.quaternion).multiplyScalar(distance);
+    if (shiftKey) controls.target.sub(way);
+    else away.add(way).setLength(distance);
     camera.position.copy(away.multiplyScalar(zoom)).add(controls.target);
     controls.update();
   });
@@ -246,15 +246,14 @@ function run(code) {
     showTime();
     scene.draw(report);
   }
-  /** Shows the state in the next picture. When it has not changed for a while, it becomes the address, and the earlier
-   * one stays in the history of the browser. */
+  /** Shows the state in the next picture. When it has not changed for a while, it becomes the address; Back takes it back. */
   function change() {
     if (!waiting) requestAnimationFrame(() => { waiting = false; show(); });
     waiting = true;
     clearTimeout(settled);
     if (!playing) settled = window.setTimeout(settle, 300);
   }
-  function settle() { if (address() !== location.hash) history.pushState("changed", "", address()); }
+  function settle() { if (address() !== location.hash) history.pushState(null, "", address()); }
   function choose(body) {
     if (body === chosen) return;
     chosen = body;
@@ -304,18 +303,20 @@ function run(code) {
 
   function address() {
     const parts = quantities.map((name, i) => `${name}=${shortest(state.values[i])}`);
-    return "#" + [...parts.filter((_, i) => state.values[i]), `loaded=${names[state.loaded]}`, `base=${names[state.base]}`].join("&");
+    const bodies = [`loaded=${names[state.loaded]}`, `base=${names[state.base]}`];
+    return "#" + [...parts.filter((_, i) => state.values[i]), ...bodies].join("&");
   }
-  /** Sets the state of the address. Throws an Error if it is wrong. */
+  /** Shows the state of the address. */
   function restore() {
+    say("");
     const next = {...FIRST, values: Array(27).fill(0)};
     for (const [name, text] of new URLSearchParams(location.hash.slice(1))) {
       const i = quantities.indexOf(name), x = Number(text || NaN), body = names.indexOf(text);
       if (i >= 0 && usable(x)) next.values[i] = x;
       else if (["loaded", "base"].includes(name) && body >= 0) next[name] = body;
-      else throw Error(`The address is wrong at "${name}=${text}".`);
+      else return say(`The address is wrong at "${name}=${text}".`);
     }
-    state = next;
+    return set(next);
   }
   /** The state, or the table of the poses, for use elsewhere. @param {string} id */
   function toText(id) {
@@ -388,14 +389,15 @@ function run(code) {
   function chart(title, top, bottom, times, lines) {
     const all = lines.flatMap(({points}) => points), low = Math.min(0, ...all), high = Math.max(1e-3, ...all);
     const y = (value) => top + (bottom - top) * (high - value) / (high - low), end = ({points}) => points.slice(-1)[0];
-    const right = across(times[times.length - 1]), marks = [0, low, high].filter((x) => !x || Math.abs(y(x) - y(0)) > 11);
+    const right = across(times[times.length - 1]), far = (x) => Math.abs(y(x) - y(0)) > 11;
+    const path = (points) => points.map((x, i) => `${across(times[i]).toFixed(1)},${y(x).toFixed(1)}`).join(" ");
     const strong = lines.filter((line) => line.strong).sort((a, b) => end(b) - end(a));
     let place = top - 12;
     return [`<text x="${LEFT}" y="${top - 10}">${title}</text>`,
-      ...marks.map((x) => `<text x="${LEFT - 6}" y="${y(x)}" text-anchor="end">${Number(x.toPrecision(2))}</text>
+      ...[0, ...[low, high].filter(far)].map((x) => `<text x="${LEFT - 6}" y="${y(x)}" text-anchor="end">${Number(x.toPrecision(2))}</text>
         <path d="M${LEFT},${y(x)}H${right}"/>`),
       ...lines.map((line) => `<polyline style="--limb: ${line.colour}" class="limb${line.strong ? " strong" : ""}"
-        points="${line.points.map((value, i) => `${across(times[i]).toFixed(1)},${y(value).toFixed(1)}`).join(" ")}"/>`),
+        points="${path(line.points)}"/>`),
       ...strong.map((line, i) => {
         place = Math.max(place + 12, Math.min(y(end(line)), bottom - 12 * (strong.length - 1 - i)));
         return `<text style="--limb: ${line.colour}" class="limb" x="${right + 6}" y="${place}">${line.name}</text>`;
@@ -407,13 +409,17 @@ function run(code) {
     const step = Math.ceil(log.times.length / 1000), times = log.times.filter((_, i) => i % step === 0);
     const values = robot.curves(log.states.filter((_, i) => Math.floor(i / 21) % step === 0), load());
     const curve = (c) => values.filter((_, i) => i % 18 === c), way = (c) => curve(c).map((x) => x - values[c]);
-    const joints = names.slice(1).map((name, k) => ({name, points: curve(k), colour: limbOf(k + 1).colour, strong: false}));
+    const colours = names.map((_, b) => limbOf(b).colour);
+    const joints = names.slice(1).map((name, k) => ({name, points: curve(k), colour: colours[k + 1], strong: false}));
     const peak = ({points}) => Math.max(...points.map(Math.abs));
-    const largest = ({colour}) => joints.filter((joint) => joint.colour === colour).sort((a, b) => peak(b) - peak(a))[0];
-    for (const joint of joints) joint.strong = joint.name === names[chosen] || joint === largest(joint);
+    for (const joint of joints) { // the chosen one and the largest of each limb
+      const larger = joints.some((other) => other.colour === joint.colour && peak(other) > peak(joint));
+      joint.strong = joint.name === names[chosen] || !larger;
+    }
     const com = [RED, GREEN, BLUE].map((colour, i) => ({name: "xyz"[i], points: way(15 + i), colour, strong: true}));
     const height = $("curves").clientHeight, split = Math.round(height * 0.6);
-    $("curves").innerHTML = chart("torques at rest, N m; named: the largest of each limb", 20, split - 10, times, joints) +
+    const title = "torques at rest, N m; named: the largest of each limb";
+    $("curves").innerHTML = chart(title, 20, split - 10, times, joints) +
       chart("way of the centre of mass, m", split + 20, height - 8, times, com) + `<path id="now" d="M0,0V${height}"/>`;
     showTime();
   }
@@ -432,21 +438,11 @@ function run(code) {
     drawCurves();
   }
   const pose = (q) => () => set({values: [...q, ...wrench()]});
-  const view = (...from) => scene.look([report.com[0], report.com[1], report.com[2] + 0.18], from);
-  const go = () => {
-    play(false);
-    say("");
-    try {
-      if (location.hash) restore();
-    } catch (error) { say(/** @type {Error} */ (error).message); }
-    change();
-    drawCurves();
-  };
+  const view = () => scene.look([report.com[0], report.com[1], report.com[2] + 0.18], [3, -1.6, 0.7]);
   const close = () => { play(false); log = null; $("log").hidden = true; };
-  const reset = () => { close(); set(FIRST); view(3, -1.6, 0.7); };
+  const reset = () => { close(); set(FIRST); view(); };
   const clicks = {zero: pose(ZERO), greeting: pose(model.greeting), hanging: pose(HANGING),
-    undo: () => history.state === "changed" && history.back(), reset, close, play: () => play(!playing),
-    example: () => open($("example-log").textContent.trim(), "example-log.csv")};
+    reset, close, play: () => play(!playing), example: () => open($("example-log").textContent.trim(), "example-log.csv")};
   for (const [id, onclick] of Object.entries(clicks)) Object.assign($(id), {onclick});
   for (const button of /** @type {any} */ (document.querySelectorAll(".copy"))) {
     button.onclick = async () => {
@@ -455,23 +451,19 @@ function run(code) {
       setTimeout(() => { button.textContent = was; }, 1200);
     };
   }
-  const openFile = async (/** @type {File[]} */ [file]) => { if (file) open(await file.text(), file.name); };
+  const openFile = async ([file]) => { if (file) open(await file.text(), file.name); };
   for (const id of ["inertia", "table", "texts"]) $(id).ontoggle = show;
   $("scrub").oninput = () => { play(false); seek(Number($("scrub").value)); };
   $("file").onchange = () => openFile($("file").files);
-  addEventListener("keydown", ({ctrlKey, key}) => ctrlKey && key === "z" && clicks.undo());
   addEventListener("dragover", (event) => event.preventDefault());
-  addEventListener("drop", (event) => {
-    event.preventDefault();
-    openFile([...(event.dataTransfer ? event.dataTransfer.files : [])]);
-  });
-  addEventListener("popstate", go);
+  addEventListener("drop", (/** @type {any} */ event) => { event.preventDefault(); openFile(event.dataTransfer.files); });
+  addEventListener("popstate", restore);
   new ResizeObserver(drawCurves).observe($("curves"));
   $("summary").textContent = `${fixed(report.mass, 3)} kg, 16 bodies, 21 degrees of freedom`;
-  go();
+  if (location.hash) restore();
   history.replaceState(null, "", address());
   show();
-  view(3, -1.6, 0.7);
+  view();
   Object.assign(window, {page: {code, scene, open, set, show}}); // for tests
 }
 

@@ -143,7 +143,7 @@ class Page(unittest.TestCase):
         for value, expected in zip(after, self.report()["bodies"][15]["position"]):
             self.assertAlmostEqual(value, expected, 6)
         self.until("return location.hash.includes('RShoulderPitch=0.45')")
-        self.browser.find_element("id", "undo").click()
+        self.browser.back()
         self.settle()
         self.assertEqual(self.js(hand), before)
 
