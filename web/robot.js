@@ -3,10 +3,7 @@
 
 /** @typedef {{name: string, mass: number, position: number[], rotation: number[], com: number[]}} BodyReport
  * @typedef {{mass: number, com: number[], bodies: BodyReport[], joints: {torque: number}[],
- *   generalized_mass: number[][]}} Report as lumo-inspect writes it
- * @typedef {{values: number[], loaded: number, base: number}} State x to yaw, the joint angles, the
- *   wrench on the body `loaded`
- * @typedef {{times: number[], states: Float32Array}} Log */
+ *   generalized_mass: number[][]}} Report as lumo-inspect writes it */
 
 /** @type {(id: string) => any} */
 const $ = (id) => document.getElementById(id);
@@ -170,9 +167,9 @@ function run(code) {
   const robot = new code.Robot(), model = JSON.parse(robot.model());
   const wrench = () => state.values.slice(21), load = () => [state.loaded, ...wrench(), state.base];
   const compute = () => /** @type {Report} */ (JSON.parse(robot.report(state.values.slice(0, 21), load())));
-  /** @type {State} The robot stands on the last body of its leg. */
+  // A state: x to yaw and the joint angles, the wrench on the body `loaded`, and the base, here the end of the leg.
   const FIRST = {values: [...model.greeting, ...Array(6).fill(0)], loaded: 15, base: 10};
-  let state = FIRST, report = compute(), log = /** @type {Log | null} */ (null);
+  let state = FIRST, report = compute(), log = /** @type {ReturnType<typeof readLog> | null} */ (null);
   let chosen = -1, entry = [16, 16], playing = false, time = 0, waiting = false, settled = 0, frame = 0;
   const LEFT = 44, names = report.bodies.map(({name}) => name), coordinates = [...ROOT, ...names.slice(1)];
   const quantities = [...coordinates, ...WRENCH];
@@ -181,23 +178,18 @@ function run(code) {
 
   // The parts of the page with an entry for each coordinate, joint or body.
   const setNumber = (i) => ({target: {value}}) => {
-    const x = Number(value);
-    if (value !== "" && usable(x)) set({values: Object.assign([...state.values], {[i]: x})});
+    if (value && usable(Number(value))) set({values: Object.assign([...state.values], {[i]: Number(value)})});
   };
   const limbRow = (b, name, ...children) => make("div", {className: "row limb", style: `--limb: ${limbOf(b).colour}`,
     onpointerenter: () => choose(b)}, make("span", {}, name), ...children);
-  for (const {name, colour} of model.limbs) {
-    const legend = make("legend", {}, name, make("small", {}, name === "torso" ? " m, rad" : " rad"));
-    $("state").append(make("fieldset", {className: "limb", style: `--limb: ${colour}`}, legend));
-  }
+  $("state").append(...model.limbs.map(({name, colour}, l) => make("fieldset", {className: "limb",
+    style: `--limb: ${colour}`}, make("legend", {}, name, make("small", {}, l ? " rad" : " m, rad")))));
   const inputs = quantities.map((name, i) => {
     const unit = ["m", "rad", "N", "N m"][[3, 21, 24].filter((end) => i >= end).length], most = i < 3 ? 2 : 3.14;
     const both = {step: i < 21 ? 0.01 : 0.1, ariaLabel: `${name}, ${unit}`, oninput: setNumber(i)};
     const number = make("input", {type: "number", ...both, id: name});
-    if (i >= 21) {
-      $("forces").append(make("label", {}, `${name}, ${unit}`, number));
-      return {number};
-    }
+    if (i >= 21) $("forces").append(make("label", {}, both.ariaLabel, number));
+    if (i >= 21) return {number};
     const body = bodyOf(i), range = make("input", {type: "range", min: -most, max: most, ...both, id: `range-${name}`});
     const row = limbRow(body, name, range, number);
     row.addEventListener("focusin", () => choose(body));
@@ -246,7 +238,7 @@ function run(code) {
     showTime();
     scene.draw(report);
   }
-  /** Shows the state in the next picture. When it has not changed for a while, it becomes the address; Back takes it back. */
+  /** Shows the state in the next picture. When it has not changed for a while, it becomes the address. */
   function change() {
     if (!waiting) requestAnimationFrame(() => { waiting = false; show(); });
     waiting = true;
@@ -267,12 +259,12 @@ function run(code) {
     $("body").replaceChildren();
     if (chosen < 0) return;
     const {name, mass, position: p, rotation: R} = report.bodies[chosen];
-    const line = (title, values) =>
+    const line = (title, ...values) =>
       make("tr", {}, make("th", {}, title), ...values.map((x) => make("td", {}, fixed(x, 3))));
+    const pose = [0, 3, 6].map((i) => line(i ? "" : "pose, m", ...R.slice(i, i + 3), p[i / 3]));
+    const axis = chosen ? [line("axis", R[2], R[5], R[8])] : [];
     $("body").style.setProperty("--limb", limbOf(chosen).colour);
-    $("body").append(make("b", {}, name), make("table", {}, line("mass, kg", [mass]), ...[0, 3, 6].map((i) =>
-      line(i ? "" : "pose, m", [...R.slice(i, i + 3), p[i / 3]])),
-    ...(chosen ? [line("axis", [R[2], R[5], R[8]])] : [])));
+    $("body").append(make("b", {}, name), make("table", {}, line("mass, kg", mass), ...pose, ...axis));
   }
 
   function showMatrix() {
@@ -390,17 +382,18 @@ function run(code) {
     const all = lines.flatMap(({points}) => points), low = Math.min(0, ...all), high = Math.max(1e-3, ...all);
     const y = (value) => top + (bottom - top) * (high - value) / (high - low), end = ({points}) => points.slice(-1)[0];
     const right = across(times[times.length - 1]), far = (x) => Math.abs(y(x) - y(0)) > 11;
+    const style = ({colour}) => `style="--limb: ${colour}"`;
     const path = (points) => points.map((x, i) => `${across(times[i]).toFixed(1)},${y(x).toFixed(1)}`).join(" ");
     const strong = lines.filter((line) => line.strong).sort((a, b) => end(b) - end(a));
     let place = top - 12;
     return [`<text x="${LEFT}" y="${top - 10}">${title}</text>`,
-      ...[0, ...[low, high].filter(far)].map((x) => `<text x="${LEFT - 6}" y="${y(x)}" text-anchor="end">${Number(x.toPrecision(2))}</text>
-        <path d="M${LEFT},${y(x)}H${right}"/>`),
-      ...lines.map((line) => `<polyline style="--limb: ${line.colour}" class="limb${line.strong ? " strong" : ""}"
+      ...[0, ...[low, high].filter(far)].map((x) => `<path d="M${LEFT},${y(x)}H${right}"/>
+        <text x="${LEFT - 6}" y="${y(x)}" text-anchor="end">${Number(x.toPrecision(2))}</text>`),
+      ...lines.map((line) => `<polyline ${style(line)} class="limb${line.strong ? " strong" : ""}"
         points="${path(line.points)}"/>`),
       ...strong.map((line, i) => {
         place = Math.max(place + 12, Math.min(y(end(line)), bottom - 12 * (strong.length - 1 - i)));
-        return `<text style="--limb: ${line.colour}" class="limb" x="${right + 6}" y="${place}">${line.name}</text>`;
+        return `<text ${style(line)} class="limb" x="${right + 6}" y="${place}">${line.name}</text>`;
       })].join("");
   }
   /** Draws the log, at most 1,000 of its states. */
@@ -441,8 +434,8 @@ function run(code) {
   const view = () => scene.look([report.com[0], report.com[1], report.com[2] + 0.18], [3, -1.6, 0.7]);
   const close = () => { play(false); log = null; $("log").hidden = true; };
   const reset = () => { close(); set(FIRST); view(); };
-  const clicks = {zero: pose(ZERO), greeting: pose(model.greeting), hanging: pose(HANGING),
-    reset, close, play: () => play(!playing), example: () => open($("example-log").textContent.trim(), "example-log.csv")};
+  const clicks = {zero: pose(ZERO), greeting: pose(model.greeting), hanging: pose(HANGING), reset, close,
+    play: () => play(!playing), example: () => open($("example-log").textContent.trim(), "example-log.csv")};
   for (const [id, onclick] of Object.entries(clicks)) Object.assign($(id), {onclick});
   for (const button of /** @type {any} */ (document.querySelectorAll(".copy"))) {
     button.onclick = async () => {
@@ -456,7 +449,10 @@ function run(code) {
   $("scrub").oninput = () => { play(false); seek(Number($("scrub").value)); };
   $("file").onchange = () => openFile($("file").files);
   addEventListener("dragover", (event) => event.preventDefault());
-  addEventListener("drop", (/** @type {any} */ event) => { event.preventDefault(); openFile(event.dataTransfer.files); });
+  addEventListener("drop", (/** @type {any} */ event) => {
+    event.preventDefault();
+    openFile(event.dataTransfer.files);
+  });
   addEventListener("popstate", restore);
   new ResizeObserver(drawCurves).observe($("curves"));
   $("summary").textContent = `${fixed(report.mass, 3)} kg, 16 bodies, 21 degrees of freedom`;

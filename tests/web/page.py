@@ -111,8 +111,7 @@ class Page(unittest.TestCase):
             for body in report["bodies"][1:]:
                 self.browser.find_element("id", body["name"]).click()
                 R, p = body["rotation"], body["position"]
-                rows = [R[3 * i:3 * i + 3] + [p[i]] for i in range(3)]
-                self.assert_shown("#body td", [body["mass"], *sum(rows, []), R[2], R[5], R[8]])
+                self.assert_shown("#body td", [body["mass"], *R[:3], p[0], *R[3:6], p[1], *R[6:], p[2], *R[2::3]])
 
     def test_torques_at_rest(self):
         """Torques are linear in wrenches, so those of the weight and of the load are computed separately and added."""
@@ -202,8 +201,8 @@ class Page(unittest.TestCase):
         self.addCleanup(browser.quit)
         for missing in ("WebGL", "WebAssembly"):
             browser.get(URL)
-            text = browser.find_element("tag name", "body").text
-            self.assertEqual(text, f"This page needs {missing}, which this browser does not offer.")
+            text = f"This page needs {missing}, which this browser does not offer."
+            self.assertEqual(browser.find_element("tag name", "body").text, text)
             browser.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": "delete window.WebAssembly"})
 
 
