@@ -14,7 +14,8 @@ tsc --noEmit --checkJs --strict --noImplicitAny false --noUnusedLocals --noUnuse
   --lib es2021,dom,dom.iterable web/robot.js build/web/globals.d.ts
 step="running the linter"
 rules="no-shadow: 2, no-var: 2, prefer-const: 2, eqeqeq: 2, semi: 2, quotes: 2, max-len: [2, 120]"
-NODE_PATH=/usr/share/nodejs eslint --no-eslintrc --parser-options=ecmaVersion:2019 --rule "{$rules}" web/robot.js
+NODE_PATH=/usr/share/nodejs eslint --format unix --no-eslintrc --parser-options=ecmaVersion:2019 \
+  --rule "{$rules}" web/robot.js
 
 step="testing the page"
 /usr/bin/python3 tests/web/page.py
