@@ -109,8 +109,8 @@ View::View(const Report& robot, const Vector3d& right, const Vector3d& up, bool 
   }
 }
 
-void View::place(double middle, double originY, double scale) {
-  middle_ = {middle - scale * extent_.center().x(), originY};
+void View::place(double centre, double originY, double scale) {
+  middle_ = {centre - scale * extent_.center().x(), originY};
   scale_ = scale;
 }
 
@@ -120,9 +120,9 @@ std::string View::drawTorso() const {
   for (std::size_t b = 0; b < robot_.bodies.size(); ++b) {
     if (robot_.bodies[b].parent == 0) points.push_back(page(origin(b)));
   }
-  Vector2d middle = Vector2d::Zero();
-  for (const Vector2d& p : points) middle += p / static_cast<double>(points.size());
-  const auto angle = [&](const Vector2d& p) { return std::atan2(p.y() - middle.y(), p.x() - middle.x()); };
+  Vector2d centre = Vector2d::Zero();
+  for (const Vector2d& p : points) centre += p / static_cast<double>(points.size());
+  const auto angle = [&](const Vector2d& p) { return std::atan2(p.y() - centre.y(), p.x() - centre.x()); };
   std::sort(points.begin(), points.end(), [&](const Vector2d& a, const Vector2d& b) { return angle(a) < angle(b); });
   std::string corners;
   for (const Vector2d& p : points) corners += fmt::format("{:.1f},{:.1f} ", p.x(), p.y());

@@ -27,7 +27,7 @@ class View {
   const Eigen::AlignedBox2d& extent() const { return extent_; }
 
   /// Puts the view on the page: the middle of its extent, the world's origin, and the units of the page per metre.
-  void place(double middle, double originY, double scale);
+  void place(double centre, double originY, double scale);
 
   /// Where the centre of mass is on the page.
   Eigen::Vector2d com() const { return page(Eigen::Vector3f(robot_.com.data()).cast<double>()); }
