@@ -160,7 +160,7 @@ def draw_robot(axes, robot, R, p, q, label, strength):
 def draw(robot, motion, file):
     time, total = motion.time, motion.kinetic + motion.potential
     figure = plt.figure(figsize=(11, 7))
-    left, right = figure.add_gridspec(1, 2, width_ratios=[1, 1.25], left=0.06, right=0.92, bottom=0.07, top=0.95,
+    left, right = figure.add_gridspec(1, 2, width_ratios=[1, 1.25], left=0.06, right=0.97, bottom=0.07, top=0.95,
                                       wspace=0.13)
     upper, lower = right.subgridspec(2, 1, height_ratios=[1, 1.5], hspace=0.35)
     path, energy = figure.add_subplot(left), figure.add_subplot(upper)
@@ -174,11 +174,10 @@ def draw(robot, motion, file):
              adjustable="datalim")
     path.locator_params(nbins=6)
 
-    lines = [("kinetic", motion.kinetic, support.LIMBS[3]), ("potential", motion.potential, support.LIMBS[2]),
-             ("total", total, support.INK)]
-    for _, values, colour in lines:
-        energy.plot(time, values, color=colour)
-    support.label_lines(energy, time[-1], [(name, values[-1], colour) for name, values, colour in lines])
+    for name, values, colour in (("kinetic", motion.kinetic, support.LIMBS[3]),
+                                 ("potential", motion.potential, support.LIMBS[2]), ("total", total, support.INK)):
+        energy.plot(time, values, color=colour, label=name)
+    energy.legend(ncols=3, loc="lower right", bbox_to_anchor=(1, 1), borderaxespad=0)
     energy.set(title=f"Energy (J); the total changes by {np.ptp(total):.0e} J", xlabel="time (s)")
 
     panels = lower.subgridspec(3, 5, hspace=0.5, wspace=0.12).subplots(sharex=True, sharey=True)
@@ -186,8 +185,6 @@ def draw(robot, motion, file):
     for axes, k in zip(panels.flat, [*range(2, 7), *range(10, 15), 0, 1, 7, 8, 9]):  # the arms below each other
         axes.plot(time, motion.q[:, k], color=colours[k])
         axes.set_title(robot.getJointAngleName(k), color=colours[k], fontsize=7.5)
-        axes.tick_params(labelsize=8, left=False, bottom=False)
-        axes.spines[:].set_visible(False)
         axes.set_xticks(time[[0, -1]], ["0", f"{time[-1]:g}"])
     axes.locator_params("y", nbins=4)
     panels[0, 0].annotate("Joint angles (rad)", (0, 1), (0, 22), "axes fraction", "offset points", fontsize=10)
@@ -198,19 +195,15 @@ def draw(robot, motion, file):
 def main():
     parser = support.Parser(description=__doc__.splitlines()[0],
                             epilog="Without --root, --joint and --push, the robot is thrown forwards with bent arms.")
-    support.add_pose_options(parser)
+    support.add_options(parser, "fall.svg")
     parser.add_argument("--push", type=support.assignment(3), action="append", default=[], metavar="BODY=X,Y,Z",
-                        help="an impulse (N s, world axes) at the centre of mass of a body, while the motors hold the "
-                             "pose; may be repeated")
+                        help="an impulse (N s, world axes) at the centre of mass of a body; may be repeated")
     parser.add_argument("--friction", type=support.number(0, FASTEST), default=0.0, metavar="RATE",
-                        help="the rate (1/s) at which the friction of a joint slows it down, at most 1e5; the default "
-                             "is none")
+                        help="the rate (1/s) at which friction slows down a joint; at most 1e5, none by default")
     parser.add_argument("--seconds", type=support.number(1e-9), default=1.0, metavar="SECONDS",
                         help="duration; the default is 1")
     parser.add_argument("--step", type=support.number(1e-9), default=1e-3, metavar="SECONDS",
                         help="of the integration; the default is 0.001")
-    parser.add_argument("--svg", type=support.svg_file, default="fall.svg", metavar="FILE",
-                        help="the picture; the default is fall.svg")
     options = parser.parse_args()
     if options.root is None and not options.joint and not options.push:
         options = parser.parse_args([*THROW, *sys.argv[1:]])

@@ -23,11 +23,9 @@ matplotlib.use("svg")
 matplotlib.rcParams.update({
     "svg.hashsalt": "lumo",  # makes the file reproducible
     "svg.fonttype": "none", "path.simplify_threshold": 0.2,  # keep the file small
-    "font.sans-serif": ["DejaVu Sans", "Verdana"], "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left",
-    "axes.titlecolor": INK, "axes.labelcolor": INK,
-    "axes.edgecolor": FAINT, "axes.spines.top": False, "axes.spines.right": False, "text.color": INK,
-    "xtick.color": INK, "ytick.color": INK, "axes.grid": True, "grid.color": PANEL, "grid.linewidth": 0.6,
-    "lines.linewidth": 1.4, "lines.solid_capstyle": "butt",
+    "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left", "axes.edgecolor": FAINT,
+    "axes.spines.top": False, "axes.spines.right": False, "axes.grid": True, "grid.color": PANEL,
+    "legend.frameon": False, "lines.linewidth": 1.4,
 })
 
 
@@ -81,19 +79,22 @@ def assignment(count):
     return read
 
 
-def add_pose_options(parser):
-    parser.add_argument("--root", type=numbers(6), metavar="X,Y,Z,ROLL,PITCH,YAW",
-                        help="the root's pose in the world (m, rad); the default is zero")
-    parser.add_argument("--joint", type=assignment(1), action="append", default=[], metavar="NAME=RAD",
-                        help="a joint angle; may be repeated")
-
-
 def svg_file(name):
     """The type of the option for the picture. Bad names are refused before the computation."""
     folder = os.path.dirname(name) or "."
     if not name.endswith(".svg") or not os.access(name if os.path.exists(name) else folder, os.W_OK):
         raise argparse.ArgumentTypeError(f"expected a file that can be written and ends in .svg, got {name!r}")
     return name
+
+
+def add_options(parser, picture):
+    """Adds the options for the pose and for the picture."""
+    parser.add_argument("--root", type=numbers(6), metavar="X,Y,Z,ROLL,PITCH,YAW",
+                        help="the root's pose in the world (m, rad); the default is zero")
+    parser.add_argument("--joint", type=assignment(1), action="append", default=[], metavar="NAME=RAD",
+                        help="a joint angle; may be repeated")
+    parser.add_argument("--svg", type=svg_file, default=picture, metavar="FILE",
+                        help="the picture; the default is %(default)s")
 
 
 def set_pose(robot, options):
@@ -134,26 +135,10 @@ def body_colours(robot):
     return colours
 
 
-def label_lines(axes, x, lines):
-    """Writes the names of lines beside their right ends, each above the one below. `lines` has a name, the height at x
-    and a colour for each line."""
-    gap = np.ptp(axes.get_ylim()) * 0.155 / (axes.get_position().height * axes.figure.get_figheight())
-    height = -np.inf
-    for name, end, colour in sorted(lines, key=lambda line: line[1]):
-        height = max(end, height + gap)
-        line = {"arrowstyle": "-", "color": FAINT, "linewidth": 0.5, "relpos": (0, 0.5), "shrinkA": 0, "shrinkB": 2}
-        axes.annotate(name, (x, end), (1.06, height), textcoords=("axes fraction", "data"), color=colour, fontsize=8,
-                      va="center", annotation_clip=False, arrowprops=line)
-
-
 def save(figure, file):
-    """Writes a small file: no clipping, indentation or names of groups, and coordinates with one decimal."""
-    for artist in figure.findobj():
-        artist.set_clip_on(False)
+    """Writes a file that is small, because its coordinates have one decimal."""
     svg = io.StringIO()
-    figure.savefig(svg, format="svg", metadata=dict.fromkeys(["Creator", "Date", "Format", "Type"]))
-    text = re.sub(r'(?<=\n) +| (?=\n)|(?<=<g) id="[^"]*"| transform="rotate\(-0 .*?\)"', "", svg.getvalue())
-    text = re.sub(r' (d|x|y)="[^"]*"', lambda part: re.sub(r"(\.\d)\d+", r"\1", part[0]), text)
-    text = re.sub(r' d="[^"C]*"', lambda path: path[0].replace("\nL ", "\n"), text)  # a line follows a line
+    figure.savefig(svg, format="svg", metadata={"Date": None})
+    text = re.sub(r' (d|x|y)="[^"]*"', lambda part: re.sub(r"(\.\d)\d+", r"\1", part[0]), svg.getvalue())
     pathlib.Path(file).write_text(text, encoding="utf-8")
     print(f"wrote {file}")
