@@ -178,7 +178,7 @@ def draw(robot, motion, file):
                                  ("potential", motion.potential, support.LIMBS[2]), ("total", total, support.INK)):
         energy.plot(time, values, color=colour, label=name)
     energy.legend(ncols=3, loc="lower right", bbox_to_anchor=(1, 1), borderaxespad=0)
-    energy.set(title=f"Energy (J); the total changes by {np.ptp(total):.0e} J", xlabel="time (s)")
+    energy.set(title="Energy (J)", xlabel="time (s)")
 
     panels = lower.subgridspec(3, 5, hspace=0.5, wspace=0.12).subplots(sharex=True, sharey=True)
     colours = support.body_colours(robot)[1:]
