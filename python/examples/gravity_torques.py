@@ -6,8 +6,7 @@ from support import lumo
 
 import matplotlib.pyplot as plt
 import numpy as np
-from matplotlib.colors import TwoSlopeNorm
-from matplotlib.ticker import MaxNLocator
+from matplotlib.colors import CenteredNorm
 
 
 def holding_torques(robot, base, base_pose):
@@ -52,13 +51,11 @@ def draw_maps(robot, joints, ranges, torques, file):
     figure, maps = plt.subplots(1, 2, figsize=(11, 4.4), layout="constrained")
     for axes, joint in zip(maps, joints):
         torque = torques[..., robot.getJointAngleId(joint)].T
-        locator = MaxNLocator(12, steps=[1, 2, 5, 10])
-        levels = locator.tick_values(min(torque.min(), -1e-3), max(torque.max(), 1e-3))
-        norm = TwoSlopeNorm(0, levels[0], levels[-1])  # each sign has all shades of its colour
-        bands = axes.contourf(*ranges, torque, levels, cmap="RdBu_r", norm=norm, alpha=0.6)
-        contours = axes.contour(*ranges, torque, levels[1:-1], colors=support.INK, linewidths=0.6, linestyles="solid")
-        axes.clabel(contours, fontsize=8)
-        figure.colorbar(bands, ax=axes, ticks=levels)
+        bands = axes.contourf(*ranges, torque, 12, cmap="RdBu_r", norm=CenteredNorm(), alpha=0.6)
+        if np.ptp(torque) > 0:
+            lines = axes.contour(*ranges, torque, bands.levels, colors=support.INK, linewidths=0.6, linestyles="solid")
+            axes.clabel(lines, fontsize=8)
+        figure.colorbar(bands, ax=axes)
         axes.set(title=f"Torque of {joint} at rest (N m)", xlabel=f"{joints[0]} (rad)", ylabel=f"{joints[1]} (rad)")
         axes.grid(False)
     support.save(figure, file)

