@@ -1,7 +1,6 @@
 """What the examples share: options, error messages, rotations, colours and pictures."""
 
 import argparse
-import io
 import os
 import pathlib
 import re
@@ -121,9 +120,5 @@ def rotation(v):
 
 
 def save(figure, file):
-    """Writes a file that is small, because its coordinates have one decimal."""
-    svg = io.StringIO()
-    figure.savefig(svg, format="svg", metadata={"Date": None})
-    text = re.sub(r' (d|x|y)="[^"]*"', lambda part: re.sub(r"(\.\d)\d+", r"\1", part[0]), svg.getvalue())
-    pathlib.Path(file).write_text(text, encoding="utf-8")
+    figure.savefig(file, metadata={"Date": None})
     print(f"wrote {file}")
