@@ -14,10 +14,9 @@ from support import lumo
 
 import matplotlib.pyplot as plt
 import numpy as np
-from matplotlib.patches import PathPatch, Polygon
-from matplotlib.path import Path
 
 G = np.array([0, 0, -np.float32(9.81)], dtype=float)  # the plug-in's gravity
+LIMBS = {"#12907c": range(2, 7), "#d9772b": range(10, 15), "#7a5ba8": range(2), "#3f6fb0": range(7, 10)}  # of joints
 FASTEST = 1e5  # the limit of the velocities (rad/s) and of the friction (1/s)
 
 # One instant or a sequence of instants. R and p are the root's rotation and position, q the joint angles. v is the
@@ -137,30 +136,21 @@ def push(robot, pushes):
 
 
 def draw_robot(axes, robot, R, p, q, label, strength):
-    """Draws the robot as seen from its right: the mass of each body as a ball of water, the torso, links and joints."""
+    """Draws the robot as seen from its right: each limb as a line from the root to the last centre of mass."""
     robot.setRootPose(support.pose(R, p))
     robot.setJointAnglesPos(q)
     robot.computeFwdKinematics()
-    parents, colours = robot.getParentsVector(), np.array(support.body_colours(robot))
-    joints = np.array([robot.getPose(b)[[0, 2], 3] for b in range(len(parents))])
-    coms = np.array([robot.getComPosition(b)[[0, 2]] for b in range(len(parents))])
-    radii = np.cbrt([3 * robot.getMass(b) / (4000 * np.pi) for b in range(len(parents))])
-    circle = Path.arc(0, 360, n=4)
-    axes.add_patch(Polygon(joints[parents == 0], color=support.PANEL, alpha=strength, linewidth=6, joinstyle="round"))
-    for colour in dict.fromkeys(colours):
-        limb = np.flatnonzero(colours == colour)
-        balls = [Path(radii[b] * circle.vertices + coms[b], circle.codes) for b in limb]
-        axes.add_patch(PathPatch(Path.make_compound_path(*balls), color=colour, alpha=0.13 * strength, linewidth=0))
-        points = np.vstack([joints[0], joints[limb], coms[limb[-1]]])
-        axes.plot(*points.T, color=colour, alpha=strength, linewidth=2, solid_capstyle="round")
-    top = max(joints[:, 1].max(), coms[:, 1].max())
-    axes.text(joints[:, 0].mean(), top + 0.1, label, ha="center", color=support.FAINT)
+    origins = np.array([robot.getPose(b)[[0, 2], 3] for b in range(robot.getNbBodies())])
+    for colour, limb in LIMBS.items():
+        points = np.vstack([origins[0], origins[1:][limb], robot.getComPosition(limb[-1] + 1)[[0, 2]]])
+        axes.plot(*points.T, color=colour, alpha=strength, linewidth=2)
+    axes.text(*origins[0] - [0.15, 0], label, ha="right", va="top", color=support.FAINT)
 
 
 def draw(robot, motion, file):
     time, total = motion.time, motion.kinetic + motion.potential
     figure = plt.figure(figsize=(11, 7))
-    left, right = figure.add_gridspec(1, 2, width_ratios=[1, 1.25], left=0.06, right=0.92, bottom=0.07, top=0.95,
+    left, right = figure.add_gridspec(1, 2, width_ratios=[1, 1.25], left=0.06, right=0.97, bottom=0.07, top=0.95,
                                       wspace=0.13)
     upper, lower = right.subgridspec(2, 1, height_ratios=[1, 1.5], hspace=0.35)
     path, energy = figure.add_subplot(left), figure.add_subplot(upper)
@@ -172,24 +162,18 @@ def draw(robot, motion, file):
         draw_robot(path, robot, motion.R[i], motion.p[i], motion.q[i], f"{time[i]:.3g} s", strength)
     path.set(title="Seen from the right; red: the centre of mass", xlabel="x (m)", ylabel="z (m)", aspect="equal",
              adjustable="datalim")
-    path.locator_params(nbins=6)
 
-    lines = [("kinetic", motion.kinetic, support.LIMBS[3]), ("potential", motion.potential, support.LIMBS[2]),
-             ("total", total, support.INK)]
-    for _, values, colour in lines:
-        energy.plot(time, values, color=colour)
-    support.label_lines(energy, time[-1], [(name, values[-1], colour) for name, values, colour in lines])
-    energy.set(title=f"Energy (J); the total changes by {np.ptp(total):.0e} J", xlabel="time (s)")
+    energy.plot(time, motion.kinetic, color="#d9772b", label="kinetic")
+    energy.plot(time, motion.potential, color="#3f6fb0", label="potential")
+    energy.plot(time, total, color=support.INK, label="total")
+    energy.legend(ncols=3, loc="lower right", bbox_to_anchor=(1, 1), borderaxespad=0)
+    energy.set(title="Energy (J)", xlabel="time (s)")
 
     panels = lower.subgridspec(3, 5, hspace=0.5, wspace=0.12).subplots(sharex=True, sharey=True)
-    colours = support.body_colours(robot)[1:]
-    for axes, k in zip(panels.flat, [*range(2, 7), *range(10, 15), 0, 1, 7, 8, 9]):  # the arms below each other
-        axes.plot(time, motion.q[:, k], color=colours[k])
-        axes.set_title(robot.getJointAngleName(k), color=colours[k], fontsize=7.5)
-        axes.tick_params(labelsize=8, left=False, bottom=False)
-        axes.spines[:].set_visible(False)
-        axes.set_xticks(time[[0, -1]], ["0", f"{time[-1]:g}"])
-    axes.locator_params("y", nbins=4)
+    joints = [(k, colour) for colour, limb in LIMBS.items() for k in limb]
+    for axes, (k, colour) in zip(panels.flat, joints):
+        axes.plot(time, motion.q[:, k], color=colour)
+        axes.set_title(robot.getJointAngleName(k), color=colour, fontsize=7.5)
     panels[0, 0].annotate("Joint angles (rad)", (0, 1), (0, 22), "axes fraction", "offset points", fontsize=10)
     panels[2, 2].set_xlabel("time (s)")
     support.save(figure, file)
@@ -198,19 +182,15 @@ def draw(robot, motion, file):
 def main():
     parser = support.Parser(description=__doc__.splitlines()[0],
                             epilog="Without --root, --joint and --push, the robot is thrown forwards with bent arms.")
-    support.add_pose_options(parser)
+    support.add_options(parser, "fall.svg")
     parser.add_argument("--push", type=support.assignment(3), action="append", default=[], metavar="BODY=X,Y,Z",
-                        help="an impulse (N s, world axes) at the centre of mass of a body, while the motors hold the "
-                             "pose; may be repeated")
+                        help="an impulse (N s, world axes) at the centre of mass of a body; may be repeated")
     parser.add_argument("--friction", type=support.number(0, FASTEST), default=0.0, metavar="RATE",
-                        help="the rate (1/s) at which the friction of a joint slows it down, at most 1e5; the default "
-                             "is none")
+                        help="the rate (1/s) at which friction slows down a joint; at most 1e5, none by default")
     parser.add_argument("--seconds", type=support.number(1e-9), default=1.0, metavar="SECONDS",
                         help="duration; the default is 1")
     parser.add_argument("--step", type=support.number(1e-9), default=1e-3, metavar="SECONDS",
                         help="of the integration; the default is 0.001")
-    parser.add_argument("--svg", type=support.svg_file, default="fall.svg", metavar="FILE",
-                        help="the picture; the default is fall.svg")
     options = parser.parse_args()
     if options.root is None and not options.joint and not options.push:
         options = parser.parse_args([*THROW, *sys.argv[1:]])

@@ -6,8 +6,7 @@ from support import lumo
 
 import matplotlib.pyplot as plt
 import numpy as np
-from matplotlib.colors import TwoSlopeNorm
-from matplotlib.ticker import MaxNLocator
+from matplotlib.colors import CenteredNorm
 
 
 def holding_torques(robot, base, base_pose):
@@ -37,15 +36,12 @@ def sweep(robot, base, joints, ranges):
 
 def draw_curves(robot, joint, angles, torques, file):
     """Draws the torque of the joint, and the other torques that are not tiny."""
-    figure = plt.figure(figsize=(8, 4.6))
-    axes = figure.add_axes([0.09, 0.12, 0.74, 0.8])
-    colours = support.body_colours(robot)[1:]
+    figure, axes = plt.subplots(figsize=(8, 4.6), layout="constrained")
     swept, largest = robot.getJointAngleId(joint), np.abs(torques).max(axis=0)
-    seen = [k for k in range(len(largest)) if k == swept or largest[k] > 0.02 * largest.max()]
-    for k in seen:
-        axes.plot(angles, torques[:, k], color=colours[k], linewidth=2.2 if k == swept else 1.4)
-    axes.margins(x=0.02)
-    support.label_lines(axes, angles[-1], [(robot.getJointAngleName(k), torques[-1, k], colours[k]) for k in seen])
+    for k, name in enumerate(robot.joint_names):
+        if k == swept or largest[k] > 0.02 * largest.max():
+            axes.plot(angles, torques[:, k], color=plt.cm.tab20(k), linewidth=3 if k == swept else 1.4, label=name)
+    axes.legend(loc="upper left", bbox_to_anchor=(1, 1))
     axes.set(title="Joint torques at rest (N m)", xlabel=f"{joint} (rad)")
     support.save(figure, file)
 
@@ -55,20 +51,11 @@ def draw_maps(robot, joints, ranges, torques, file):
     figure, maps = plt.subplots(1, 2, figsize=(11, 4.4), layout="constrained")
     for axes, joint in zip(maps, joints):
         torque = torques[..., robot.getJointAngleId(joint)].T
-        locator = MaxNLocator(12, steps=[1, 2, 5, 10])
-        levels = locator.tick_values(min(torque.min(), -1e-3), max(torque.max(), 1e-3))
-        norm = TwoSlopeNorm(0, levels[0], levels[-1])  # each sign has all shades of its colour
-        bands = axes.contourf(*ranges, torque, levels, cmap="RdBu_r", norm=norm)
-        inside = levels[(torque.min() < levels) & (levels < torque.max())]
-        if len(inside):
-            axes.contour(*ranges, torque, inside, colors=support.INK, linewidths=0.6, linestyles="solid")
-        # Each contour has its label where it crosses the diagonal of the map.
-        diagonal = np.linspace([angles[0] for angles in ranges], [angles[-1] for angles in ranges], 1000)
-        along = np.interp(np.linspace(0, 1, 1000), np.linspace(0, 1, len(torque)), np.diag(torque))
-        for i, k in np.argwhere(np.diff(along > inside[:, None])):
-            axes.text(*diagonal[k], f"{inside[i]:g}", fontsize=8, ha="center", va="center",
-                      bbox={"facecolor": "white", "linewidth": 0, "pad": 1})
-        figure.colorbar(bands, ax=axes, ticks=levels)
+        bands = axes.contourf(*ranges, torque, 12, cmap="RdBu_r", norm=CenteredNorm(), alpha=0.6)
+        if np.ptp(torque) > 0:
+            lines = axes.contour(*ranges, torque, bands.levels, colors=support.INK, linewidths=0.6, linestyles="solid")
+            axes.clabel(lines, fontsize=8)
+        figure.colorbar(bands, ax=axes)
         axes.set(title=f"Torque of {joint} at rest (N m)", xlabel=f"{joints[0]} (rad)", ylabel=f"{joints[1]} (rad)")
         axes.grid(False)
     support.save(figure, file)
@@ -78,12 +65,9 @@ def main():
     parser = support.Parser(description=__doc__)
     parser.add_argument("--sweep", type=support.assignment(2), action="append", required=True, metavar="NAME=FROM,TO",
                         help="a joint and its range (rad); once for curves, twice for maps")
-    support.add_pose_options(parser)
+    support.add_options(parser, "gravity_torques.svg")
     parser.add_argument("--base", default="KneePitch", metavar="BODY",
-                        help="the body that is fixed and carries the weight: the robot stands on KneePitch, which is "
-                             "the default, or hangs from Torso")
-    parser.add_argument("--svg", type=support.svg_file, default="gravity_torques.svg", metavar="FILE",
-                        help="the picture; the default is gravity_torques.svg")
+                        help="the fixed body, which carries the weight: KneePitch (the default), Torso or another")
     options = parser.parse_args()
     joints = [name for name, _ in options.sweep]
     if len(joints) > 2 or len(set(joints)) < len(joints):

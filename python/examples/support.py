@@ -1,7 +1,6 @@
 """What the examples share: options, error messages, rotations, colours and pictures."""
 
 import argparse
-import io
 import os
 import pathlib
 import re
@@ -17,17 +16,14 @@ except ModuleNotFoundError as error:
     sys.exit(f"the Python module {error.name} is missing; lumo can be in {BUILT}")
 
 INK, FAINT, ACCENT, PANEL = "#2b303b", "#8d96a3", "#c2203a", "#dfe3e9"
-TORSO, LIMBS = "#4a5261", ["#7a5ba8", "#12907c", "#3f6fb0", "#d9772b"]
 
 matplotlib.use("svg")
 matplotlib.rcParams.update({
     "svg.hashsalt": "lumo",  # makes the file reproducible
     "svg.fonttype": "none", "path.simplify_threshold": 0.2,  # keep the file small
-    "font.sans-serif": ["DejaVu Sans", "Verdana"], "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left",
-    "axes.titlecolor": INK, "axes.labelcolor": INK,
-    "axes.edgecolor": FAINT, "axes.spines.top": False, "axes.spines.right": False, "text.color": INK,
-    "xtick.color": INK, "ytick.color": INK, "axes.grid": True, "grid.color": PANEL, "grid.linewidth": 0.6,
-    "lines.linewidth": 1.4, "lines.solid_capstyle": "butt",
+    "font.size": 9, "axes.titlesize": 10, "axes.titlelocation": "left", "axes.edgecolor": FAINT,
+    "axes.spines.top": False, "axes.spines.right": False, "axes.grid": True, "grid.color": PANEL,
+    "legend.frameon": False, "lines.linewidth": 1.4,
 })
 
 
@@ -81,19 +77,22 @@ def assignment(count):
     return read
 
 
-def add_pose_options(parser):
-    parser.add_argument("--root", type=numbers(6), metavar="X,Y,Z,ROLL,PITCH,YAW",
-                        help="the root's pose in the world (m, rad); the default is zero")
-    parser.add_argument("--joint", type=assignment(1), action="append", default=[], metavar="NAME=RAD",
-                        help="a joint angle; may be repeated")
-
-
 def svg_file(name):
     """The type of the option for the picture. Bad names are refused before the computation."""
     folder = os.path.dirname(name) or "."
     if not name.endswith(".svg") or not os.access(name if os.path.exists(name) else folder, os.W_OK):
         raise argparse.ArgumentTypeError(f"expected a file that can be written and ends in .svg, got {name!r}")
     return name
+
+
+def add_options(parser, picture):
+    """Adds the options for the pose and for the picture."""
+    parser.add_argument("--root", type=numbers(6), metavar="X,Y,Z,ROLL,PITCH,YAW",
+                        help="the root's pose in the world (m, rad); the default is zero")
+    parser.add_argument("--joint", type=assignment(1), action="append", default=[], metavar="NAME=RAD",
+                        help="a joint angle; may be repeated")
+    parser.add_argument("--svg", type=svg_file, default=picture, metavar="FILE",
+                        help="the picture; the default is %(default)s")
 
 
 def set_pose(robot, options):
@@ -113,47 +112,13 @@ def pose(R, t):
     return T
 
 
-def cross_matrix(v):
-    x, y, z = v
-    return np.array([[0, -z, y], [z, 0, -x], [-y, x, 0]])
-
-
 def rotation(v):
     """The rotation about the vector v by the length of v (rad)."""
     angle = np.linalg.norm(v)
-    K = cross_matrix(v)
+    K = np.cross(v, np.eye(3)).T  # K @ x is the cross product of v and x
     return np.eye(3) + np.sinc(angle / np.pi) * K + 0.5 * np.sinc(angle / (2 * np.pi)) ** 2 * K @ K
 
 
-def body_colours(robot):
-    """The colour of each body, which is that of its limb."""
-    colours = []
-    for parent in robot.getParentsVector():
-        limbs = iter(LIMBS) if parent < 0 else limbs
-        colours.append(TORSO if parent < 0 else next(limbs) if parent == 0 else colours[parent])
-    return colours
-
-
-def label_lines(axes, x, lines):
-    """Writes the names of lines beside their right ends, each above the one below. `lines` has a name, the height at x
-    and a colour for each line."""
-    gap = np.ptp(axes.get_ylim()) * 0.155 / (axes.get_position().height * axes.figure.get_figheight())
-    height = -np.inf
-    for name, end, colour in sorted(lines, key=lambda line: line[1]):
-        height = max(end, height + gap)
-        line = {"arrowstyle": "-", "color": FAINT, "linewidth": 0.5, "relpos": (0, 0.5), "shrinkA": 0, "shrinkB": 2}
-        axes.annotate(name, (x, end), (1.06, height), textcoords=("axes fraction", "data"), color=colour, fontsize=8,
-                      va="center", annotation_clip=False, arrowprops=line)
-
-
 def save(figure, file):
-    """Writes a small file: no clipping, indentation or names of groups, and coordinates with one decimal."""
-    for artist in figure.findobj():
-        artist.set_clip_on(False)
-    svg = io.StringIO()
-    figure.savefig(svg, format="svg", metadata=dict.fromkeys(["Creator", "Date", "Format", "Type"]))
-    text = re.sub(r'(?<=\n) +| (?=\n)|(?<=<g) id="[^"]*"| transform="rotate\(-0 .*?\)"', "", svg.getvalue())
-    text = re.sub(r' (d|x|y)="[^"]*"', lambda part: re.sub(r"(\.\d)\d+", r"\1", part[0]), text)
-    text = re.sub(r' d="[^"C]*"', lambda path: path[0].replace("\nL ", "\n"), text)  # a line follows a line
-    pathlib.Path(file).write_text(text, encoding="utf-8")
+    figure.savefig(file, metadata={"Date": None})
     print(f"wrote {file}")
