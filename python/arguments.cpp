@@ -62,7 +62,7 @@ py::array toRealArray(py::handle value, const std::string& label) {
   const bool isPlain = Py_TYPE(value.ptr()) == py::detail::npy_api::get().PyArray_Type_;
   if (isPlain && (py::isinstance<py::array_t<float>>(array) || py::isinstance<py::array_t<double>>(array)))
     return array;
-  if (std::strchr("fiuO", array.dtype().kind()) == nullptr || py::hasattr(value, "mask")) {
+  if (std::strchr("fiu", array.dtype().kind()) == nullptr || py::hasattr(array, "mask")) {
     raise(PyExc_TypeError, "{}expected numbers, got {} of {}", label, typeName(value), array.dtype());
   }
   return py::array_t<double, py::array::forcecast>(array);
@@ -106,7 +106,11 @@ void Numbers::read(std::size_t i, std::vector<float>& floats) const {
 }
 
 float toFloat(py::handle value) {
-  if (PyFloat_Check(value.ptr())) return rounded(PyFloat_AS_DOUBLE(value.ptr()));
+  if (PyFloat_Check(value.ptr()) || PyLong_CheckExact(value.ptr())) {
+    const double number = PyFloat_AsDouble(value.ptr());
+    if (PyErr_Occurred() != nullptr) throw py::error_already_set();
+    return rounded(number);
+  }
   std::vector<float> floats;
   Numbers(value, {0, 1, 1}).read(0, floats);
   return floats[0];

@@ -287,9 +287,9 @@ void addOperations(Operations& robot) {
       "Replaces the mass properties of a body FOR ALL OBJECTS OF THE PROCESS: mass (kg), centre of mass (m, body\n"
       "frame), and the 3 x 3 rotational inertia about it (kg m^2, body axes), of which the upper triangle is not "
       "read.");
-  robot.op("getMass", "body=...", py::overload_cast<>(&System::getMass, py::const_), "getMass(): total mass (kg).");
+  robot.op("getMass", nullptr, py::overload_cast<>(&System::getMass, py::const_), "getMass(): total mass (kg).");
   robot.op("getPartialMass", "body", &System::getPartialMass, "Mass of all bodies but one (kg).");
-  robot.op("getMass", nullptr, py::overload_cast<Index>(&System::getMass, py::const_),
+  robot.op("getMass", "body=...", py::overload_cast<Index>(&System::getMass, py::const_),
            "getMass(body): mass of one body (kg).");
 
   robot.add<void, RootPose>("setRootPose", "pose", &System::setRootPose, "Pose of the root in the world.");
@@ -315,12 +315,11 @@ void addOperations(Operations& robot) {
   robot.op("getJointAnglesAcc", "", &System::getJointAnglesAcc, "All 15 accelerations (rad/s^2). View.");
 
   robot.op(
-      "setExternalWrench", "body, wrench, frame=...",
-      py::overload_cast<Index, const std::vector<float>&>(&System::setExternalWrench),
+      "setExternalWrench", nullptr, py::overload_cast<Index, const std::vector<float>&>(&System::setExternalWrench),
       "setExternalWrench(body, wrench): force (N), then torque (N m) on a body, in its frame about its origin. Acts\n"
       "until set again.");
   robot.op(
-      "setExternalWrench", nullptr,
+      "setExternalWrench", "body, wrench, frame=...",
       py::overload_cast<Index, const std::vector<float>&, Transform>(&System::setExternalWrench),
       "setExternalWrench(body, wrench, frame): the same given in a frame whose pose in the body's frame is `frame`,\n"
       "about that frame's origin.");
@@ -357,11 +356,11 @@ void addOperations(Operations& robot) {
            frame);
   robot.op("setVolatilePose", "frame, pose", &System::setVolatilePose, "Sets the pose that getVolatilePose() returns.",
            frame);
-  robot.op("getComPosition", "body=...", py::overload_cast<Index>(&System::getComPosition, py::const_),
+  robot.op("getComPosition", nullptr, py::overload_cast<Index>(&System::getComPosition, py::const_),
            "getComPosition(body): centre of mass of one body in the world (m).", body, world);
   robot.op("getComPositionInRoot", "", &System::getComPositionInRoot,
            "Centre of mass of the robot in the root's frame (m). View.", body, exceptRoot);
-  robot.op("getComPosition", nullptr, py::overload_cast<>(&System::getComPosition, py::const_),
+  robot.op("getComPosition", "body=...", py::overload_cast<>(&System::getComPosition, py::const_),
            "getComPosition(): centre of mass of the robot in the world (m). View.", body, world);
 
   robot.op("getGeneralizedMass", "", &System::getGeneralizedMass,
