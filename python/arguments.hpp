@@ -33,15 +33,12 @@ struct Indexed {
   const char* noun;
   std::size_t (System::*count)() const;
   const std::string& (System::*name)(std::size_t) const = nullptr;
-  std::size_t (System::*id)(const std::string&) const = nullptr;
 };
-inline const Indexed body = {"body", &System::getNbBodies, &System::getBodyName, &System::getBodyId};
-inline const Indexed joint = {"joint angle", &System::getNbJointAngles, &System::getJointAngleName,
-                              &System::getJointAngleId};
+inline const Indexed body = {"body", &System::getNbBodies, &System::getBodyName};
+inline const Indexed joint = {"joint angle", &System::getNbJointAngles, &System::getJointAngleName};
 inline const Indexed frame = {"volatile frame", &System::getNbVolatileFrames};
 
 std::vector<std::string> namesOf(const System& system, const Indexed& of);
-std::size_t nameToIndex(const System& system, const Indexed& of, py::handle name);
 /// The index from an index or a name.
 std::size_t toIndex(const System& system, const Indexed& of, py::handle value);
 
@@ -50,47 +47,41 @@ struct Shape {
   int dimensions;
   py::ssize_t rows, columns;
 
-  py::ssize_t size() const { return rows * columns; }
-  /// The sizes for Python; those of an array of values start with their number.
-  std::vector<py::ssize_t> sizes(std::vector<py::ssize_t> first = {}) const;
+  std::size_t size() const { return static_cast<std::size_t>(rows * columns); }
 };
 
-/// The real numbers of one value of a shape, or of `count` such values, in a number, a list or an array of any layout.
+/// The real numbers of one value of a shape, or of many such values, in a number, a list or an array of any layout.
 class Numbers {
  public:
   /// If there are many values, the first index of the array counts them. Messages start with the label.
   Numbers(py::handle value, const Shape& shape, bool areMany = false, const std::string& label = "");
 
-  std::size_t count() const { return areMany_ ? static_cast<std::size_t>(array_.shape(0)) : 1; }
+  std::size_t count() const { return static_cast<std::size_t>(array_.shape(0)); }
   /// Sets `floats` to value i, by rows. Does not need Python's lock. Throws std::invalid_argument.
-  void read(std::size_t i, std::vector<float>& floats) const { read_(*this, i, floats); }
+  void read(std::size_t i, std::vector<float>& floats) const;
 
  private:
   template <typename Number>
-  static void readAs(const Numbers& numbers, std::size_t i, std::vector<float>& floats);
+  void readAs(const char* first, float* to) const;
 
   Shape shape_;
-  bool areMany_;
   py::array array_;
-  const char* data_;
+  bool areFloats_;
   py::ssize_t valueStride_, rowStride_, columnStride_;
-  void (*read_)(const Numbers&, std::size_t, std::vector<float>&);
 };
 
 float toFloat(py::handle value);
 
 /// The argument of setRootPose, whose rotation is checked.
-struct RootPose {
-  OX::Math::Transform pose;
-  operator const OX::Math::Transform&() const { return pose; }
-};
-void checkLastRow(const float* pose);
-void checkRotation(const float* pose);
+struct RootPose : OX::Math::Transform {};
+
+/// Checks the last row of a pose and, if it is the root's, its rotation.
+void checkPose(const float* pose, bool isRoot);
 
 template <typename T>
 inline constexpr bool isJointAngles = std::is_same_v<T, Eigen::Ref<const Eigen::ArrayXf>>;
 template <typename T>
-inline constexpr bool isPose = std::is_same_v<T, OX::Math::Transform> || std::is_same_v<T, RootPose>;
+inline constexpr bool isPose = std::is_base_of_v<OX::Math::Transform, T>;
 
 /// The shape of an argument in Python, by its type in the interface.
 template <typename T>
@@ -119,8 +110,7 @@ decltype(auto) fromFloats(const std::vector<float>& floats) {
   } else if constexpr (std::is_same_v<T, Eigen::Matrix3f>) {
     return Eigen::Matrix3f(Eigen::Matrix3f::Map(floats.data()).transpose());
   } else {
-    if constexpr (isPose<T>) checkLastRow(floats.data());
-    if constexpr (std::is_same_v<T, RootPose>) checkRotation(floats.data());
+    if constexpr (isPose<T>) checkPose(floats.data(), std::is_same_v<T, RootPose>);
     static_assert(std::is_trivially_copyable_v<T>);
     T value;
     std::memcpy(static_cast<void*>(&value), floats.data(), sizeof value);

@@ -1,15 +1,66 @@
 #pragma once
 
+#include <cstdint>
+#include <cstring>
 #include <functional>
 #include <map>
 #include <mutex>
+#include <optional>
 #include <shared_mutex>
 #include <string>
 #include <utility>
 
-#include <python/results.hpp>
+#include <python/arguments.hpp>
 
 namespace lumo::python {
+
+/// A pose as Python sees it.
+using PoseMatrix = Eigen::Matrix<float, 4, 4, Eigen::RowMajor>;
+
+inline PoseMatrix toMatrix(const OX::Math::Transform& pose) {
+  PoseMatrix matrix = PoseMatrix::Identity();
+  std::memcpy(matrix.data(), &pose, sizeof pose);
+  return matrix;
+}
+
+/// The numbers of a result in memory, without gaps.
+template <typename Number_>
+struct Block {
+  using Number = Number_;
+  const void* first;
+  Shape shape;
+  bool isByRows = true;
+
+  /// An array for one block, or for `count` blocks.
+  py::array array(std::optional<std::size_t> count = {}, py::handle owner = {}) const {
+    constexpr py::ssize_t size = sizeof(Number);
+    std::vector<py::ssize_t> sizes = {shape.rows, shape.columns};
+    std::vector<py::ssize_t> strides = {size, size};
+    strides[isByRows ? 0 : 1] *= isByRows ? shape.columns : shape.rows;
+    sizes.erase(sizes.begin(), sizes.end() - shape.dimensions);
+    strides.erase(strides.begin(), strides.end() - shape.dimensions);
+    if (!count) return {py::dtype::of<Number>(), std::move(sizes), std::move(strides), first, owner};
+    sizes.insert(sizes.begin(), static_cast<py::ssize_t>(*count));
+    strides.insert(strides.begin(), static_cast<py::ssize_t>(bytes()));
+    return {py::dtype::of<Number>(), std::move(sizes), std::move(strides)};
+  }
+  std::size_t bytes() const { return shape.size() * sizeof(Number); }
+};
+
+/// The numbers of a result, by its type in the interface.
+template <typename T>
+auto blockOf(const T& result) {
+  if constexpr (std::is_arithmetic_v<T>) {
+    return Block<std::conditional_t<std::is_same_v<T, float>, float, std::int64_t>>{&result, {0, 1, 1}};
+  } else if constexpr (std::is_same_v<T, FloatView> || std::is_same_v<T, std::vector<std::int64_t>>) {
+    using Number = std::decay_t<decltype(*result.begin())>;
+    return Block<Number>{&*result.begin(), {1, 1, static_cast<py::ssize_t>(result.size())}};
+  } else if constexpr (std::is_base_of_v<Eigen::MatrixBase<T>, T>) {
+    return Block<float>{result.data(), {2, result.rows(), result.cols()}, T::IsRowMajor};
+  } else {  // a position or a velocity
+    return Block<float>{&result, {1, 1, sizeof(T) / sizeof(float)}};
+  }
+}
 
 /// The computations that a result needs, as docs/freshness.md says. `angles` is any one that takes over the joint
 /// angles.
@@ -34,39 +85,44 @@ class Evaluate {
     const auto set = [operation](System& system, std::size_t index, const std::vector<float>& floats) {
       call<hasIndex>(operation, system, index, fromFloats<Argument>(floats));
     };
-    setters_.insert({{name, hasIndex}, {of, &shapeOf<Argument>, set}});
+    inputs_.insert({{name, hasIndex}, {of, &shapeOf<Argument>, set}});
   }
 
   /// Adds an operation with a result as an output.
   template <bool hasIndex, typename Result, typename Operation>
   void addOutput(const std::string& name, Operation operation, const Indexed& of, Computations computations) {
-    using Kept = std::conditional_t<std::is_same_v<Result, OX::Math::Transform>, PoseMatrix, Result>;
-    using Number = typename decltype(blockOf(std::declval<const Kept&>()))::Number;
-    const auto get = [operation](System& system, std::size_t index, void* to) {
-      const Kept& result = Kept(call<hasIndex>(operation, system, index));
-      const Block<Number> block = blockOf(result);
-      if (to != nullptr) block.copyTo(static_cast<Number*>(to));
-      return block.shape;
+    const auto withBlock = [operation](System& system, std::size_t index, auto use) {
+      const Result& result = call<hasIndex>(operation, system, index);
+      if constexpr (std::is_same_v<Result, OX::Math::Transform>) {
+        return use(blockOf(toMatrix(result)));
+      } else {
+        return use(blockOf(result));
+      }
     };
-    getters_.insert({{name, hasIndex}, {of, computations, py::dtype::of<Number>(), get}});
+    const auto allocate = [withBlock](System& system, std::size_t index, std::size_t count) {
+      return withBlock(system, index, [count](const auto& block) { return block.array(count); });
+    };
+    const auto get = [withBlock](System& system, std::size_t index, void* to) {
+      withBlock(system, index, [to](const auto& block) { std::memcpy(to, block.first, block.bytes()); });
+    };
+    outputs_.insert({{name, hasIndex}, {of, computations, allocate, get}});
   }
 
-  py::dict operator()(const System& robot, const py::dict& inputs, const py::object& outputs,
-                      const py::object& threads) const;
+  py::dict operator()(const System& robot, const py::dict& inputs, const py::iterable& outputs,
+                      std::optional<std::size_t> threads) const;
 
  private:
   using Key = std::pair<std::string, bool>;  // the name, and if there is an argument that selects
-  struct Setter {
+  struct Input {
     const Indexed& of;
     Shape (*shape)(const System&);
     std::function<void(System&, std::size_t index, const std::vector<float>&)> set;
   };
-  struct Getter {
+  struct Output {
     const Indexed& of;
     Computations computations;
-    py::dtype type;
-    /// Returns the shape of the result and copies the result, unless `to` is nullptr.
-    std::function<Shape(System&, std::size_t index, void* to)> get;
+    std::function<py::array(System&, std::size_t index, std::size_t count)> allocate;
+    std::function<void(System&, std::size_t index, void* to)> get;
   };
 
   template <bool hasIndex, typename Operation, typename... Values>
@@ -78,8 +134,8 @@ class Evaluate {
     }
   }
 
-  std::map<Key, Setter> setters_;
-  std::map<Key, Getter> getters_;
+  std::map<Key, Input> inputs_;
+  std::map<Key, Output> outputs_;
 };
 
 /// Waits until no evaluation runs, and locks the masses, which all objects share. Returns with Python's lock.

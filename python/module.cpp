@@ -6,6 +6,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -19,7 +20,6 @@
 #include <host/Plugin.hpp>
 #include <python/arguments.hpp>
 #include <python/evaluate.hpp>
-#include <python/results.hpp>
 
 namespace lumo::python {
 
@@ -48,7 +48,7 @@ struct Robot {
   py::handle object() { return self ? self : self = py::cast(this); }
 
   void refreshMatrices() {
-    for (auto& [pose, matrix] : matrices) matrix = *pose;
+    for (auto& [pose, matrix] : matrices) matrix = toMatrix(*pose);
   }
 };
 
@@ -63,14 +63,15 @@ Robot clone(const Robot& robot) { return {robot.name, robot.library, robot.syste
 
 std::string describe(const Robot& robot) {
   const System& system = *robot.system;
-  const PoseMatrix root(system.getRootPose());
-  std::ostringstream angles, text;
+  const PoseMatrix root = toMatrix(system.getRootPose());
+  std::ostringstream text;
+  text << "<lumo.RigidBodySystem " << robot.name << ": root at (" << root(0, 3) << ", " << root(1, 3) << ", "
+       << root(2, 3) << ") m";
   for (std::size_t k = 0; k < system.getNbJointAngles(); ++k) {
     const float angle = system.getJointAnglePos(k);
-    if (angle != 0) angles << ", " << system.getJointAngleName(k) << ' ' << angle << " rad";
+    if (angle != 0) text << ", " << system.getJointAngleName(k) << ' ' << angle << " rad";
   }
-  text << "<lumo.RigidBodySystem " << robot.name << ": root at (" << root.rows[3] << ", " << root.rows[7] << ", "
-       << root.rows[11] << ") m" << (angles.str().empty() ? ", all joint angles 0" : angles.str()) << ">";
+  text << '>';
   return text.str();
 }
 
@@ -108,17 +109,12 @@ py::object toPython(Robot& robot, const std::decay_t<Result>& result) {
     constexpr bool isView = std::is_reference_v<Result> || std::is_same_v<T, FloatView>;
     const auto block = [&] {
       if constexpr (std::is_same_v<T, Transform>) {
-        return blockOf(robot.matrices.try_emplace(&result, result).first->second);
+        return blockOf(robot.matrices.try_emplace(&result, toMatrix(result)).first->second);
       } else {
         return blockOf(result);
       }
     }();
-    using Number = typename decltype(block)::Number;
-    constexpr py::ssize_t size = sizeof(Number);
-    std::vector<py::ssize_t> strides = {block.rowStride * size, block.columnStride * size};
-    strides.erase(strides.begin(), strides.end() - block.shape.dimensions);
-    py::array array(py::dtype::of<Number>(), block.shape.sizes(), std::move(strides), block.first,
-                    isView ? robot.object() : py::handle());
+    py::array array = block.array({}, isView ? robot.object() : py::handle());
     if (isView) py::detail::array_proxy(array.ptr())->flags &= ~py::detail::npy_api::NPY_ARRAY_WRITEABLE_;
     return std::move(array);
   }
@@ -135,7 +131,8 @@ auto fromPython(const System& system, const Indexed& of, py::handle value) {
   if constexpr (std::is_same_v<T, std::size_t>) {
     return toIndex(system, of, value);
   } else if constexpr (std::is_same_v<T, Name>) {
-    return nameToIndex(system, of, value);
+    if (!PyUnicode_Check(value.ptr())) raise(PyExc_TypeError, "expected a name, got {}", typeName(value));
+    return toIndex(system, of, value);
   } else if constexpr (std::is_same_v<T, float>) {
     return toFloat(value);
   } else {
@@ -204,41 +201,32 @@ class Operations : public py::class_<Robot> {
     }
   }
 
-  /// Adds a function. Python takes the signature from the first line of the documentation.
+  /// Adds a function. Python takes the signature from the first line of the documentation. An overload comes first,
+  /// without parameters, so that the documentation of the one with parameters starts with them.
   template <typename Function, typename... Extra>
   void addFunction(const std::string& name, const char* parameters, const char* text, const Function& function,
                    const Extra&... extra) {
-    const std::string all = parameters == nullptr ? "" : parameters;
     std::string signature;
     if (parameters != nullptr) {
       const bool isEvaluate = sizeof...(extra) > 0;
-      signature = name + "(self" + (all.empty() ? "" : ", ") + all + (isEvaluate ? ")" : ", /)") + "\n--\n\n";
+      signature = name + "(self" + (*parameters == 0 ? "" : ", ") + parameters + (isEvaluate ? ")" : ", /)");
     }
-    def(name.c_str(), function, (signature + text).c_str(), extra...);
-    std::string& call = calls_[name];
-    const bool isOverload = std::string(text).find(name + '(') == 0;
-    call += (call.empty() ? "" : " or ") +
-            (isOverload ? std::string(text, std::strchr(text, ':')) : name + '(' + all + ')');
-  }
-
-  /// Adds what pybind11 calls when the arguments fit no function: it raises an exception with one line.
-  void addRefusals() {
-    for (const auto& name_and_call : calls_) {
-      const std::string call = name_and_call.second;
-      def(name_and_call.first.c_str(), [call](const py::args& given, const py::kwargs& keywords) {
-        if (given.empty() || !py::isinstance<Robot>(given[0])) {
-          raise(PyExc_TypeError, "expected {} of a RigidBodySystem, got other arguments", call);
-        }
-        raise(PyExc_TypeError, "expected {}, got {} positional and {} keyword arguments", call, given.size() - 1,
-              keywords.size());
-      });
+    if (added_.insert(name).second) {
+      def(
+          name.c_str(),
+          [name](const py::args&, const py::kwargs&) {
+            raise(PyExc_TypeError, "expected other arguments: help(lumo.RigidBodySystem.{}) shows them", name);
+          },
+          "");
     }
+    def(name.c_str(), function, ((signature.empty() ? "" : signature + "\n--\n\n") + text).c_str(), py::prepend(),
+        extra...);
   }
 
   std::shared_ptr<Evaluate> evaluate = std::make_shared<Evaluate>();
 
  private:
-  std::map<std::string, std::string> calls_;  ///< how an operation is called, by its name
+  std::set<std::string> added_;
 };
 
 const char* const systemText =
@@ -299,9 +287,9 @@ void addOperations(Operations& robot) {
       "Replaces the mass properties of a body FOR ALL OBJECTS OF THE PROCESS: mass (kg), centre of mass (m, body\n"
       "frame), and the 3 x 3 rotational inertia about it (kg m^2, body axes), of which the upper triangle is not "
       "read.");
-  robot.op("getMass", "body=...", py::overload_cast<>(&System::getMass, py::const_), "getMass(): total mass (kg).");
+  robot.op("getMass", nullptr, py::overload_cast<>(&System::getMass, py::const_), "getMass(): total mass (kg).");
   robot.op("getPartialMass", "body", &System::getPartialMass, "Mass of all bodies but one (kg).");
-  robot.op("getMass", nullptr, py::overload_cast<Index>(&System::getMass, py::const_),
+  robot.op("getMass", "body=...", py::overload_cast<Index>(&System::getMass, py::const_),
            "getMass(body): mass of one body (kg).");
 
   robot.add<void, RootPose>("setRootPose", "pose", &System::setRootPose, "Pose of the root in the world.");
@@ -327,12 +315,11 @@ void addOperations(Operations& robot) {
   robot.op("getJointAnglesAcc", "", &System::getJointAnglesAcc, "All 15 accelerations (rad/s^2). View.");
 
   robot.op(
-      "setExternalWrench", "body, wrench, frame=...",
-      py::overload_cast<Index, const std::vector<float>&>(&System::setExternalWrench),
+      "setExternalWrench", nullptr, py::overload_cast<Index, const std::vector<float>&>(&System::setExternalWrench),
       "setExternalWrench(body, wrench): force (N), then torque (N m) on a body, in its frame about its origin. Acts\n"
       "until set again.");
   robot.op(
-      "setExternalWrench", nullptr,
+      "setExternalWrench", "body, wrench, frame=...",
       py::overload_cast<Index, const std::vector<float>&, Transform>(&System::setExternalWrench),
       "setExternalWrench(body, wrench, frame): the same given in a frame whose pose in the body's frame is `frame`,\n"
       "about that frame's origin.");
@@ -369,11 +356,11 @@ void addOperations(Operations& robot) {
            frame);
   robot.op("setVolatilePose", "frame, pose", &System::setVolatilePose, "Sets the pose that getVolatilePose() returns.",
            frame);
-  robot.op("getComPosition", "body=...", py::overload_cast<Index>(&System::getComPosition, py::const_),
+  robot.op("getComPosition", nullptr, py::overload_cast<Index>(&System::getComPosition, py::const_),
            "getComPosition(body): centre of mass of one body in the world (m).", body, world);
   robot.op("getComPositionInRoot", "", &System::getComPositionInRoot,
            "Centre of mass of the robot in the root's frame (m). View.", body, exceptRoot);
-  robot.op("getComPosition", nullptr, py::overload_cast<>(&System::getComPosition, py::const_),
+  robot.op("getComPosition", "body=...", py::overload_cast<>(&System::getComPosition, py::const_),
            "getComPosition(): centre of mass of the robot in the world (m). View.", body, world);
 
   robot.op("getGeneralizedMass", "", &System::getGeneralizedMass,
@@ -397,8 +384,8 @@ void addOperations(Operations& robot) {
 
   robot.addFunction(
       "evaluate", "inputs, outputs, threads=None", evaluateText,
-      [evaluate = robot.evaluate](const Robot& self, const py::dict& inputs, const py::object& outputs,
-                                  const py::object& threads) {
+      [evaluate = robot.evaluate](const Robot& self, const py::dict& inputs, const py::iterable& outputs,
+                                  std::optional<std::size_t> threads) {
         return (*evaluate)(*self.system, inputs, outputs, threads);
       },
       py::arg("inputs"), py::arg("outputs"), py::arg("threads") = py::none());
@@ -427,21 +414,11 @@ PYBIND11_MODULE(lumo, module) {
             const py::object path = py::module_::import("os").attr("fsdecode")(py::bytes(file.path.string()));
             return py::make_tuple(py::type::of<File>(), file.isOwn ? py::tuple() : py::make_tuple(path));
           },
-          "__reduce__(self, /)\n--\n\nA Plugin is pickled as its file, the default plug-in as the default.")
-      .def(py::init([](const py::args&, const py::kwargs&) -> File {
-        throw py::type_error("expected Plugin() or Plugin(file), got other arguments");
-      }));
-  for (const char* name : {"create", "__reduce__"}) {
-    plugin.def(name, [name](const py::args&, const py::kwargs&) {
-      throw py::type_error("expected " + std::string(name) + "() of a Plugin, got other arguments");
-    });
-  }
-
+          "__reduce__(self, /)\n--\n\nA Plugin is pickled as its file, the default plug-in as the default.");
   module.attr("__version__") = LUMO_VERSION;
 
   Operations robot(module, "RigidBodySystem", py::is_final(), systemText);
   addOperations(robot);
-  robot.addRefusals();
 
   // pybind11 would end the process if somebody made an object of the base class of its classes.
   reinterpret_cast<PyTypeObject*>(py::object(plugin.attr("__base__")).ptr())->tp_new = [](PyTypeObject* type, PyObject*,
