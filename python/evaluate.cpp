@@ -7,6 +7,7 @@
 #include <memory>
 #include <shared_mutex>
 #include <stdexcept>
+#include <tuple>
 
 namespace lumo::python {
 
@@ -33,13 +34,9 @@ void addComputations(unsigned needed, std::vector<Step>& steps) {
   }
 }
 
-/// An entry of a table, and the index if its operation takes one.
+/// An entry of a table, its name, and the index if its operation takes one.
 template <typename Entry>
-struct Selected {
-  const Entry& entry;
-  std::string name;
-  std::optional<std::size_t> index;
-};
+using Selected = std::tuple<const Entry&, std::string, std::optional<std::size_t>>;
 
 /// Looks up a key: a name, or a tuple of a name and an argument.
 template <typename Entry>
@@ -59,7 +56,7 @@ Selected<Entry> select(const std::map<std::pair<std::string, bool>, Entry>& tabl
     if (takesIndex != hasIndex) {
       raise(PyExc_TypeError, "{} takes {} argument, got {!r}", name, takesIndex ? "an" : "no", key);
     }
-    if (!hasIndex) return {entry, name, {}};
+    if (!hasIndex) return {entry, name, std::nullopt};
     return {entry, name, toIndex(system, entry.of, py::object(parts[1]))};
   }
   raiseUnknown(noun, given, names);
