@@ -109,6 +109,8 @@ decltype(auto) fromFloats(const std::vector<float>& floats) {
     return Eigen::Map<const Eigen::ArrayXf>(floats.data(), static_cast<Eigen::Index>(floats.size()));
   } else if constexpr (std::is_same_v<T, Eigen::Matrix3f>) {
     return Eigen::Matrix3f(Eigen::Matrix3f::Map(floats.data()).transpose());
+  } else if constexpr (std::is_same_v<T, OX::Math::Velocity6D>) {
+    return T(floats[0], floats[1], floats[2], floats[3], floats[4], floats[5]);
   } else {
     if constexpr (isPose<T>) checkPose(floats.data(), std::is_same_v<T, RootPose>);
     static_assert(std::is_trivially_copyable_v<T>);
