@@ -60,11 +60,12 @@ float rounded(Number x) {
 py::array toRealArray(py::handle value, const std::string& label) {
   py::array array(py::reinterpret_borrow<py::object>(value));
   const bool isPlain = Py_TYPE(value.ptr()) == py::detail::npy_api::get().PyArray_Type_;
-  if (isPlain && (py::isinstance<py::array_t<float>>(array) || py::isinstance<py::array_t<double>>(array)))
-    return array;
+  const bool isFloating = py::isinstance<py::array_t<float>>(array) || py::isinstance<py::array_t<double>>(array);
+  if (isPlain && isFloating) return array;
   if (std::strchr("fiu", array.dtype().kind()) == nullptr || py::hasattr(array, "mask")) {
     raise(PyExc_TypeError, "{}expected numbers, got {} of {}", label, typeName(value), array.dtype());
   }
+  if (isFloating) return array;  // a subclass, such as numpy.memmap
   return py::array_t<double, py::array::forcecast>(array);
 }
 

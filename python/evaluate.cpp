@@ -99,10 +99,12 @@ void run(const std::vector<Step>& steps, std::size_t count, const std::vector<st
 
 }  // namespace
 
-py::dict Evaluate::operator()(const System& robot, const py::dict& inputs, const py::iterable& outputs,
-                              std::optional<std::size_t> threads) const {
-  if (!threads) threads = py::len(py::module_::import("os").attr("sched_getaffinity")(0));
-  if (*threads == 0) raise(PyExc_ValueError, "expected at least 1 as the number of threads");
+py::dict Evaluate::operator()(const System& robot, const py::object& given, const py::iterable& outputs,
+                              std::optional<py::ssize_t> threads) const {
+  // A copy, because reading an input can run code of the caller that changes the dict.
+  const py::dict inputs(py::module_::import("builtins").attr("dict")(given));
+  if (!threads) threads = static_cast<py::ssize_t>(py::len(py::module_::import("os").attr("sched_getaffinity")(0)));
+  if (*threads < 1) raise(PyExc_ValueError, "expected at least 1 as the number of threads");
   if (py::isinstance<py::str>(outputs)) raise(PyExc_TypeError, "expected a list of outputs, got a name");
   if (inputs.empty()) raise(PyExc_ValueError, "expected at least one input");
 
@@ -155,7 +157,7 @@ py::dict Evaluate::operator()(const System& robot, const py::dict& inputs, const
   steps.insert(steps.end(), last.begin(), last.end());
   steps.insert(steps.end(), reads.begin(), reads.end());
 
-  const std::size_t most = std::min(*threads, (count + batch - 1) / batch);
+  const std::size_t most = std::min(static_cast<std::size_t>(*threads), (count + batch - 1) / batch);
   while (clones.size() < most) clones.push_back(robot.clone());
   {
     std::shared_lock lock(masses, std::defer_lock);  // released after Python's lock is taken: Python cannot end before

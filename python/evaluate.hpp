@@ -108,8 +108,8 @@ class Evaluate {
     outputs_.insert({{name, hasIndex}, {of, computations, allocate, get}});
   }
 
-  py::dict operator()(const System& robot, const py::dict& inputs, const py::iterable& outputs,
-                      std::optional<std::size_t> threads) const;
+  py::dict operator()(const System& robot, const py::object& given, const py::iterable& outputs,
+                      std::optional<py::ssize_t> threads) const;
 
  private:
   using Key = std::pair<std::string, bool>;  // the name, and if there is an argument that selects

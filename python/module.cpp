@@ -384,8 +384,8 @@ void addOperations(Operations& robot) {
 
   robot.addFunction(
       "evaluate", "inputs, outputs, threads=None", evaluateText,
-      [evaluate = robot.evaluate](const Robot& self, const py::dict& inputs, const py::iterable& outputs,
-                                  std::optional<std::size_t> threads) {
+      [evaluate = robot.evaluate](const Robot& self, const py::object& inputs, const py::iterable& outputs,
+                                  std::optional<py::ssize_t> threads) {
         return (*evaluate)(*self.system, inputs, outputs, threads);
       },
       py::arg("inputs"), py::arg("outputs"), py::arg("threads") = py::none());

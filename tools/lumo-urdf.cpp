@@ -26,8 +26,9 @@ constexpr const char* beginning = R"(<?xml version='1.0'?>
      The frame of a link is the frame of the body. Every joint turns about the z axis of its frame, without limits.
      The rotations are those nearest to the model's matrices. The largest change of an entry is {:.1e}.
      The bodies are point masses up to rounding, so some moments of inertia about the centre of mass are negative or
-     exceed the sum of the other two, which simulators reject. The least that makes them valid was added. The largest
-     change of an entry is {:.1e} kg m^2. No change exceeds 1e-7 of the largest moment about the origin of the link.
+     exceed the sum of the other two, which simulators reject. The least that makes them valid was added, with a margin
+     of 1e-12 kg m^2, below which MuJoCo saves zero. The largest change of an entry is {:.1e} kg m^2. No change exceeds
+     1e-7 of the largest moment about the origin of the link.
      The shapes show the links and, for each body, a ball of water of its mass. They are not for collisions; the element
      mujoco tells that program to show them. -->
 <robot name='norvaX3'>
@@ -49,9 +50,10 @@ std::string origin(const Vector3d& p, const Matrix3d& R = Matrix3d::Identity()) 
   return fmt::format("<origin xyz='{}' rpy='{}'/>", list(p), list(rollPitchYaw(R)));
 }
 
-/// Returns the least that must be added to an inertia so that no principal moment exceeds the sum of the other two.
-/// Along a principal axis, the sum of m x^2 over the points of a body is half of the other two moments minus half of
-/// the axis's own. Where it is negative, it is raised to 1e-12 kg m^2. MuJoCo saves smaller moments as zero.
+/// Returns the least, up to a margin, that must be added to an inertia so that no principal moment exceeds the sum of
+/// the other two. Along a principal axis, the sum of m x^2 over the points of a body is half of the other two moments
+/// minus half of the axis's own. Where it is negative, it is raised to 1e-12 kg m^2. MuJoCo saves smaller moments as
+/// zero.
 Matrix3d missingInertia(const Matrix3d& inertia) {
   const Eigen::SelfAdjointEigenSolver<Matrix3d> axes(0.5 * inertia.trace() * Matrix3d::Identity() - inertia);
   const Vector3d missing = (1e-12 - axes.eigenvalues().array()).max(0.0);

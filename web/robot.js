@@ -33,11 +33,13 @@ function readLog(csv, known) {
   const fail = (line, c, what) => { throw Error(`line ${line}, column ${c + 1}${what}`); };
   const [head, ...rows] = csv.trimEnd().split(/\r?\n/), names = head.split(",").map((name) => name.trim());
   const columns = names.map((name) => known.indexOf(name)), times = [], states = new Float32Array(rows.length * 21);
+  names.forEach((name, c) => names.indexOf(name) === c || fail(1, c, `: the column "${name}" is there twice`));
   names.forEach((name, c) => name === "time" || columns[c] >= 0 || fail(1, c, `: there is no joint "${name}"`));
   if (!names.includes("time")) throw Error("line 1: the column \"time\" is missing");
   if (!rows.length) throw Error("line 2: there is no row of values");
   rows.forEach((row, i) => {
     const cells = row.split(",");
+    if (cells.length > names.length) fail(i + 2, names.length, ": there is no such column");
     states.set(ZERO, i * 21);
     names.forEach((name, c) => {
       if (c >= cells.length) fail(i + 2, c, ` (${name}): the value is missing`);
@@ -170,6 +172,7 @@ function run(code) {
   // A state: x to yaw and the joint angles, the wrench on the body `loaded`, and the base, here the end of the leg.
   const FIRST = {values: [...model.greeting, ...Array(6).fill(0)], loaded: 15, base: 10};
   let state = FIRST, report = compute(), log = /** @type {ReturnType<typeof readLog> | null} */ (null);
+  let sample = {load: "", times: [0], values: [0]}; // of the log, for its curves
   let chosen = -1, entry = [16, 16], playing = false, time = 0, waiting = false, settled = 0, frame = 0;
   const LEFT = 44, names = report.bodies.map(({name}) => name), coordinates = [...ROOT, ...names.slice(1)];
   const quantities = [...coordinates, ...WRENCH];
@@ -187,7 +190,7 @@ function run(code) {
   const inputs = quantities.map((name, i) => {
     const unit = ["m", "rad", "N", "N m"][[3, 21, 24].filter((end) => i >= end).length], most = i < 3 ? 2 : 3.14;
     const both = {step: i < 21 ? 0.01 : 0.1, ariaLabel: `${name}, ${unit}`, oninput: setNumber(i)};
-    const number = make("input", {type: "number", ...both, id: name});
+    const number = make("input", {type: "number", ...both, id: name, onblur: () => show()});
     if (i >= 21) $("forces").append(make("label", {}, both.ariaLabel, number));
     if (i >= 21) return {number};
     const body = bodyOf(i), range = make("input", {type: "range", min: -most, max: most, ...both, id: `range-${name}`});
@@ -340,6 +343,7 @@ function run(code) {
   function open(csv, file) {
     try {
       log = readLog(csv, coordinates);
+      sample.load = "";
     } catch (error) { return say(`${file}: ${/** @type {Error} */ (error).message}.`); }
     say("");
     $("log").hidden = false;
@@ -399,8 +403,12 @@ function run(code) {
   /** Draws the log, at most 1,000 of its states. */
   function drawCurves() {
     if (!log) return;
-    const step = Math.ceil(log.times.length / 1000), times = log.times.filter((_, i) => i % step === 0);
-    const values = robot.curves(log.states.filter((_, i) => Math.floor(i / 21) % step === 0), load());
+    if (sample.load !== load().join()) {
+      const step = Math.ceil(log.times.length / 1000), chosenStates = (_, i) => Math.floor(i / 21) % step === 0;
+      sample = {load: load().join(), times: log.times.filter((_, i) => i % step === 0),
+        values: robot.curves(log.states.filter(chosenStates), load())};
+    }
+    const {times, values} = sample;
     const curve = (c) => values.filter((_, i) => i % 18 === c), way = (c) => curve(c).map((x) => x - values[c]);
     const colours = names.map((_, b) => limbOf(b).colour);
     const joints = names.slice(1).map((name, k) => ({name, points: curve(k), colour: colours[k + 1], strong: false}));

@@ -80,7 +80,7 @@ def assignment(count):
 def svg_file(name):
     """The type of the option for the picture. Bad names are refused before the computation."""
     folder = os.path.dirname(name) or "."
-    if not name.endswith(".svg") or not os.access(name if os.path.exists(name) else folder, os.W_OK):
+    if not name.endswith(".svg") or os.path.isdir(name) or not os.access(name if os.path.exists(name) else folder, os.W_OK):
         raise argparse.ArgumentTypeError(f"expected a file that can be written and ends in .svg, got {name!r}")
     return name
 

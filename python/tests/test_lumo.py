@@ -431,10 +431,20 @@ Q = np.zeros((70, 15))
     ({"setJointAnglesPos": Q}, ["getPos"], 1, KeyError, "getPos"),
     ({"setJointAnglesPos": Q}, "getMass", 1, TypeError, "outputs"),
     ({"setJointAnglesPos": Q}, [], 0, ValueError, "1"),
+    ({"setJointAnglesPos": Q}, [], -1, ValueError, "1"),
 ])
 def test_wrong_calls_of_evaluate_raise(robot, inputs, outputs, threads, error, word):
     with pytest.raises(error, match=word):
         robot.evaluate(inputs, outputs, threads)
+
+
+def test_evaluate_survives_inputs_that_change_the_dict(robot):
+    class Index:
+        def __index__(self):
+            inputs.clear()
+            return 3
+    inputs = {("setJointAnglePos", Index()): np.zeros(2), "setJointAnglesVel": np.zeros((2, 15))}
+    assert len(robot.evaluate(inputs, ["getMass"])["getMass"]) == 2
 
 
 def test_evaluate_can_be_interrupted(robot):

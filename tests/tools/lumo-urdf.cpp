@@ -65,6 +65,23 @@ TEST(Urdf, EqualsTheTablesOfTheModel) {
   expectTables(output(other ? "cat " + std::string(other) : LUMO_URDF).first);
 }
 
+TEST(Urdf, ShowsEachBodyAsABallAndItsLinksAsCylindersFromItsOrigin) {
+  const auto model = urdf::parseURDF(output(LUMO_URDF).first);
+  for (const auto& [name, link] : model->links_) {
+    SCOPED_TRACE(name);
+    EXPECT_TRUE(link->collision_array.empty());
+    ASSERT_FALSE(link->visual_array.empty());
+    const auto& ball = link->visual_array.back()->origin.position;
+    EXPECT_TRUE(near(vector(ball), vector(link->inertial->origin.position), 1e-9));
+    for (std::size_t i = 0; i + 1 < link->visual_array.size(); ++i) {
+      const urdf::Visual& visual = *link->visual_array[i];
+      const double length = dynamic_cast<const urdf::Cylinder&>(*visual.geometry).length;
+      const Vector3d middle = vector(visual.origin.position), axis = matrix(visual.origin.rotation).col(2);
+      EXPECT_TRUE(near(Vector3d(middle - axis * length / 2), Vector3d(0, 0, 0), 1e-9));
+    }
+  }
+}
+
 TEST(Urdf, FloatingRootHangsBelowTheWorld) {
   const std::string file = testing::TempDir() + "lumo-urdf.urdf";
   EXPECT_EQ(output(LUMO_URDF " --floating --out " + file), std::pair(std::string(), true));

@@ -24,6 +24,8 @@ FLAGS = """--headless=new --no-sandbox --disable-gpu --disable-quic --no-first-r
   --disable-component-update --disable-sync --use-angle=swiftshader --enable-unsafe-swiftshader --hide-scrollbars"""
 BAD_LOGS = {
     "time,HeadYaw,Nose\n0,0,0\n": 'line 1, column 3: there is no joint "Nose"',
+    "time,x,x\n0,1,2\n": 'line 1, column 3: the column "x" is there twice',
+    "time,x\n0,1,5\n": "line 2, column 3: there is no such column",
     "HeadYaw\n0\n": 'line 1: the column "time" is missing',
     "time,x,HeadYaw\n0,1,2\n1,1\n": "line 3, column 3 (HeadYaw): the value is missing",
     "time,x\r\n0,1\r\n1,1e\r\n": 'line 3, column 2 (x): "1e" is not a usable number',
