@@ -72,8 +72,7 @@ struct Inertia {
 
 inline Inertia operator+(const Inertia& a, const Inertia& b) { return Inertia(load(a) + load(b)); }
 
-/// The force that accelerates a body of this inertia by a, or the momentum of its velocity, in the inertia's
-/// frame.
+/// The force that accelerates a body of this inertia by a, or the momentum of its velocity, in the inertia's frame.
 inline Force operator*(const Inertia& inertia, const Motion& a) { return Force(load(inertia) * load(a)); }
 
 }  // namespace kinetra::Spatial

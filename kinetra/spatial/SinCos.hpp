@@ -142,8 +142,8 @@ inline float roundedSum(double a, double b) {
 
 }  // namespace sines
 
-/// The sines and cosines of n consecutive angles; n is 1, 3 or an even number from 4 on. The work is the
-/// same for all angles below 2^17 rad (131072). If one of them is larger or NaN, all n are computed one by one.
+/// The sines and cosines of n consecutive angles; n is 1, 3 or an even number from 4 on. The work is the same for all
+/// angles below 2^17 rad (131072). If one of them is larger or NaN, all n are computed one by one.
 template <int n>
 std::array<SinCos, n> sinCos(const float* angles) {
   using namespace sines;
